@@ -1,0 +1,94 @@
+// The pictures embedded in a raw file: the RGB preview of IFD0 and JPEGs.
+
+#include "rawfile/limits.h"
+#include "rawfile/tm9file.h"
+
+#include <QFile>
+#include <QImage>
+#include <QPixmap>
+
+QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
+{
+    const quint32 width = m_exif.imageWidth;
+    const quint32 height = m_exif.imageLength;
+    if (width == 0 || height == 0 || quint64(width) * height > limits::kMaxPreviewPixels)
+        return nullptr;
+    QImage image(int(width), int(height), QImage::Format_RGB32);
+    if (image.isNull())
+        return nullptr;
+
+    // Packed 8-bit RGB, rows top to bottom; a strip shorter than the picture
+    // leaves the rest black.
+    const QByteArrayView strip = m_reader.view(position, length);
+    const auto *src = reinterpret_cast<const uchar *>(strip.data());
+    const qint64 available = strip.size();
+    qint64 index = 0;
+    for (quint32 y = 0; y < height; ++y) {
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(int(y)));
+        for (quint32 x = 0; x < width; ++x, index += 3) {
+            line[x] = index + 2 < available ? qRgb(src[index], src[index + 1], src[index + 2])
+                                            : qRgb(0, 0, 0);
+        }
+    }
+    return new QPixmap(QPixmap::fromImage(std::move(image)));
+}
+
+QPixmap *TM9File::extractJPEGImage(unsigned int position, unsigned int length)
+{
+    // Pictures are read after processFile has closed the file: reopen it then.
+    const bool reopen = !m_reader.hasData();
+    if (reopen)
+        openData();
+    auto picture = std::make_unique<QPixmap>();
+    const QByteArrayView bytes = m_reader.view(position, length);
+    const bool loaded = picture->loadFromData(reinterpret_cast<const uchar *>(bytes.data()),
+                                              uint(bytes.size()), "JPG");
+    if (reopen)
+        closeData();
+    return loaded ? picture.release() : nullptr;
+}
+
+void TM9File::extractFullSizeImage(QPixmap *target)
+{
+    Q_UNUSED(target) // the decoded picture is not handed out
+    std::unique_ptr<QPixmap> picture;
+    if (hasFullSizeImage() && m_fileTyp == 1)
+        picture.reset(extractJPEGImage(m_exif.stripOffsets, m_exif.stripByteCounts));
+    else if (m_fileTyp == 2 && m_file)
+        picture.reset(extractJPEGImage(0, quint32(qMin<qint64>(m_file->size(), UINT_MAX))));
+}
+
+bool TM9File::hasFullSizeImage() const
+{
+    return m_exif.stripOffsets != 0 && m_exif.stripByteCounts != 0;
+}
+
+bool TM9File::hasThumbnailImage() const
+{
+    return m_exif.thumbnailOffset != 0 && m_exif.thumbnailLength != 0;
+}
+
+bool TM9File::hasPreviewImage() const
+{
+    return m_preview != nullptr;
+}
+
+QPixmap *TM9File::previewImage() const
+{
+    return m_preview.get();
+}
+
+QPixmap *TM9File::thumbnailImage() const
+{
+    return m_thumbnail.get();
+}
+
+QPixmap *TM9File::previewImageScaled(int width, int height)
+{
+    Q_UNUSED(height) // the aspect ratio of the preview decides
+    if (!m_preview)
+        return nullptr;
+    m_previewScaled =
+        std::make_unique<QPixmap>(m_preview->scaledToWidth(width, Qt::FastTransformation));
+    return m_previewScaled.get();
+}

@@ -1,0 +1,30 @@
+#ifndef TIFFENTRY_H
+#define TIFFENTRY_H
+
+// What every directory walker shares: the TIFF field types with their texts
+// and sizes, and the per-entry trace line, which goes to the logging category
+// "tolvik.tiff.entries" (off unless enabled with QT_LOGGING_RULES).
+
+#include <QLoggingCategory>
+#include <QString>
+
+Q_DECLARE_LOGGING_CATEGORY(lcTiffEntries)
+
+// Text of a TIFF field type: "BYTE (8-Bit sint)", ..., "unbekannt".
+QString fieldTypeText(quint16 type);
+
+// The byte length of one entry, count times the type's size. An entry of a
+// type without a size keeps the length of the entry before it (0 for the
+// first entry of a directory).
+class TEntryLength {
+public:
+    quint64 next(quint16 type, quint32 count);
+
+private:
+    quint64 m_last = 0;
+};
+
+// "Tag: 0x%1 %2, Typ: %3, Count: %4,  Länge: %5"
+QString entryLine(quint16 tag, const QString &name, quint16 type, quint32 count, quint64 length);
+
+#endif // TIFFENTRY_H

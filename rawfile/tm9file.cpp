@@ -1,0 +1,164 @@
+#include "rawfile/tm9file.h"
+
+#include "rawfile/limits.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QPixmap>
+
+TM9File::TM9File() = default;
+
+TM9File::TM9File(QString path) : m_path(std::move(path)), m_file(std::make_unique<QFile>(m_path))
+{
+    // Only regular files are opened: a pipe or device would block or never end.
+    if (QFileInfo(m_path).isFile())
+        m_file->open(QIODevice::ReadOnly);
+}
+
+TM9File::~TM9File()
+{
+    closeData();
+}
+
+QString TM9File::fileName() const
+{
+    return QFileInfo(m_path).fileName();
+}
+
+bool TM9File::isValidModel() const
+{
+    return m_exif.model == QLatin1String("M9 Digital Camera") ||
+           m_exif.model == QLatin1String("M Monochrom");
+}
+
+quint32 TM9File::panasonicSubDirPosition(int index) const
+{
+    return index >= 0 && index < int(m_panasonicSubDir.size()) ? m_panasonicSubDir[index] : 0;
+}
+
+void TM9File::openData()
+{
+    m_reader.clear();
+    if (m_file && !m_file->isOpen() && QFileInfo(m_path).isFile())
+        m_file->open(QIODevice::ReadOnly);
+    if (m_file && m_file->isOpen()) {
+        const qint64 size = m_file->size();
+        // Mapping costs the same for any file size: only the pages that the
+        // walk touches are read, never the raw image data.
+        if (uchar *mapped = size > 0 ? m_file->map(0, size) : nullptr) {
+            m_reader.setData(mapped, size);
+        } else {
+            m_fallbackData = std::make_unique<QByteArray>(m_file->read(limits::kMaxUnmappedRead));
+            m_reader.setData(reinterpret_cast<const uchar *>(m_fallbackData->constData()),
+                             m_fallbackData->size());
+        }
+    }
+    m_reader.setBudget(limits::kReadBudget);
+    m_reader.setBigEndian(true);
+}
+
+void TM9File::closeData()
+{
+    m_reader.clear();
+    m_fallbackData.reset();
+    if (m_file && m_file->isOpen())
+        m_file->close(); // also drops the mapping
+}
+
+void TM9File::recogniseContainer()
+{
+    m_fileTyp = 0;
+    m_reader.seek(0);
+
+    // Steps 3 and 4: a byte-order mark that the magic 42 confirms.
+    const auto tiffHeader = [this](quint16 mark, int kind) {
+        if (mark == 0x4D4D || mark == 0x4949) {
+            m_bigEndian = mark == 0x4D4D;
+            m_reader.setBigEndian(m_bigEndian);
+            m_tiffBase = m_reader.pos() - 2;
+            if (m_reader.readU16() == 42) {
+                m_fileTyp = kind;
+                m_headerValid = true;
+            }
+        }
+    };
+
+    const quint16 mark = m_reader.readU16();
+    if (mark == 0xFFD8) {
+        // JPEG: the Exif APP1 segment first or behind one APP0 segment.
+        m_bigEndian = true;
+        quint16 marker = m_reader.readU16();
+        if (marker == 0xFFE0) {
+            const quint16 length = m_reader.readU16();
+            m_reader.seek(m_reader.pos() + length - 2);
+            marker = m_reader.readU16();
+        }
+        if (marker != 0xFFE1)
+            return;
+        m_reader.skip(8); // APP1 length and "Exif\0\0", not checked
+        tiffHeader(m_reader.readU16(), 2);
+    } else {
+        tiffHeader(mark, 1);
+    }
+}
+
+bool TM9File::processFile()
+{
+    openData();
+    recogniseContainer();
+
+    if (m_fileTyp == 1) {
+        walkChain(&TM9File::processIFD);
+    }
+
+    for (const quint32 position : m_panasonicSubDir) {
+        if (position != 0) {
+            m_reader.seek(position);
+            processPanasonicSubDirIFD();
+        }
+    }
+
+    if (!isValidModel()) {
+        closeData();
+        return false;
+    }
+    if (m_fileTyp == 1)
+        m_preview.reset(extractPreviewPic(m_exif.stripOffsets, m_exif.stripByteCounts));
+    closeData();
+    return true;
+}
+
+void TM9File::walkChain(void (TM9File::*walker)())
+{
+    m_firstIfdOffset = m_reader.readU32();
+    qint64 position = qint64(m_firstIfdOffset) + m_tiffBase;
+    m_reader.seek(position);
+    QSet<qint64> visited;
+    for (;;) {
+        visited.insert(position);
+        m_ifdsInProgress.insert(position);
+        (this->*walker)();
+        m_ifdsInProgress.remove(position);
+        position = qint64(m_nextIfdOffset) + m_tiffBase;
+        m_reader.seek(position);
+        ++m_ifdCounter;
+        if (m_nextIfdOffset == 0 || visited.contains(position) ||
+            m_ifdCounter >= limits::kMaxChainLength)
+            break;
+    }
+}
+
+bool TM9File::walkNestedIfd(qint64 position, void (TM9File::*walker)())
+{
+    if (m_ifdDepth >= limits::kMaxIfdDepth || m_ifdsInProgress.contains(position))
+        return false;
+    const qint64 back = m_reader.pos();
+    m_ifdsInProgress.insert(position);
+    ++m_ifdDepth;
+    m_reader.seek(position);
+    (this->*walker)();
+    --m_ifdDepth;
+    m_ifdsInProgress.remove(position);
+    m_reader.seek(back);
+    return true;
+}

@@ -1,0 +1,208 @@
+#ifndef TM9FILE_H
+#define TM9FILE_H
+
+// TM9File reads one raw file (a Leica M9 / M Monochrom DNG) and answers
+// questions about it. It never writes the file.
+//
+// processFile() maps the file, walks its TIFF directories once and keeps every
+// recognised value in the structs of tm9values.h; the decoders below turn those
+// values into display text. Offsets and counts come from the file and are not
+// trusted: reads past the end give zeros, and the limits in tm9file.cpp end
+// every walk of a hostile file quickly.
+//
+// The methods are defined by subsystem:
+//   rawfile/  loading, directory walkers, entry readers, pictures, GPS, preflight
+//   exif/     EXIF decoders, composite values, Leica maker note, tag names
+//   sony/     Sony maker note
+
+#include "rawfile/tbytereader.h"
+#include "rawfile/tm9values.h"
+
+#include <QSet>
+#include <QString>
+
+#include <memory>
+
+class QByteArray;
+class QFile;
+class QPixmap;
+
+class TM9File {
+public:
+    TM9File();
+    explicit TM9File(QString path);
+    ~TM9File();
+    TM9File(const TM9File &) = delete;
+    TM9File &operator=(const TM9File &) = delete;
+
+    // --- loading (rawfile/tm9file.cpp) ---
+    bool processFile();
+    bool isValidModel() const;
+    int fileTyp() const { return m_fileTyp; }
+    QString fileName() const;
+    QString fileNameComplete() const { return m_path; }
+    bool isBigEndian() const { return m_bigEndian; }
+    bool isHeaderValid() const { return m_headerValid; }
+    qint64 tiffBase() const { return m_tiffBase; }
+    int ifdCount() const { return m_ifdCounter; }
+
+    // --- directory walkers (rawfile/) ---
+    void processIFD();
+    void processGPSInfoIFD();
+    void processPanasonicSubDirIFD();
+    void processMakerNoteLeica(); // exif/leicamakernote.cpp
+
+    // --- entry readers (rawfile/ifdwalker.cpp); positions are absolute ---
+    QString readIFDStringEntry(qint64 position);
+    void readIFDRationalEntry(qint64 position, unsigned int *numerator, unsigned int *denominator);
+    void readIFDRationalSEntry(qint64 position, int *numerator, int *denominator);
+    void readIFDRationalArrayEntry(qint64 position, unsigned int *numerators,
+                                   unsigned int *denominators, int n);
+
+    // --- preflight (rawfile/preflight.cpp) ---
+    bool processFilePreflight();
+    void processIFDPreflight();
+
+    // --- embedded pictures (rawfile/images.cpp) ---
+    QPixmap *extractPreviewPic(unsigned int position, unsigned int length);
+    QPixmap *extractJPEGImage(unsigned int position, unsigned int length);
+    void extractFullSizeImage(QPixmap *target);
+    bool hasFullSizeImage() const;
+    bool hasThumbnailImage() const;
+    bool hasPreviewImage() const;
+    QPixmap *previewImage() const;
+    QPixmap *thumbnailImage() const;
+    QPixmap *previewImageScaled(int width, int height);
+
+    // --- stored values, one struct per directory ---
+    const TExifValues &exif() const { return m_exif; }
+    const TGpsValues &gps() const { return m_gps; }
+    const TLeicaValues &leica() const { return m_leica; }
+    const TSonyValues &sony() const { return m_sony; }
+    quint32 panasonicSubDirPosition(int index) const;
+
+    // --- tag names (exif/tagnames.cpp, rawfile/gps.cpp, exif/leicamakernote.cpp) ---
+    static QString exifTagName(int tag);
+    static QString gpsTagName(int tag);
+    static QString leicaTagName(int tag);
+
+    // --- GPS (rawfile/gps.cpp) ---
+    QString gps_0x0002_LatitudeAsString() const;
+    QString gps_0x0004_LongitudeAsString() const;
+    QString gps_0x0007_TimeStampAsString() const;
+    double gps_0x0002_LatitudeAsKML() const;
+    double gps_0x0004_LongitudeAsKML() const;
+    static double grad2dezimalgrad(double degrees, double minutes, double seconds);
+
+    // --- standard EXIF decoders (exif/exifdecoders.cpp) ---
+    QString exif_0xFE_SubfileTypeAsString() const;
+    QString exif_0x103_CompressionAsString() const;
+    QString exif_0x106_PhotometricInterpretationAsString() const;
+    QString exif_0x112_OrientationAsString() const;
+    QString exif_0x11A_XResolutionAsString() const;
+    QString exif_0x11B_YResolutionAsString() const;
+    QString exif_0x11C_PlanarConfigurationAsString() const;
+    QString exif_0x128_ResolutionUnitAsString() const;
+    QString exif_0x7000_SonyRawFileTypeAsString() const;
+    QString exif_0x7010_SonyToneCurveAsString() const;
+    QString exif_0x7034_ChromaticAberrationCorrectionAsString() const;
+    QString exif_0x7036_DistortionCorrectionAsString() const;
+    QString exif_0x74c7_SonyCropTopLeftAsString() const;
+    QString exif_0x74c8_SonyCropSizeAsString() const;
+    QString exif_0x828D_CFARepeatPatternDimAsString() const;
+    QString exif_0x828E_CFAPattern2AsString() const;
+    QString exif_0x829A_ExposureTimeAsString() const;
+    QString exif_0x829A_ExposureTimeAsString2() const;
+    QString exif_0x829D_FNumberAsString() const;
+    QString exif_0x8822_ExpProgAsString() const;
+    QString exif_0x8827_ISOAsString() const;
+    QString exif_0x8830_SensitivityTypeAsString() const;
+    QString exif_0x9102_CompressedBitsPerPixelAsString() const;
+    QString exif_0x9201_ShutterSpeedValueAsString() const;
+    QString exif_0x9203_BrightnessValueAsString() const;
+    double exif_0x9203_BrightnessValueAsReal() const;
+    QString exif_0x9204_ExpCompensationAsString() const;
+    double exif_0x9204_ExpCompensationAsReal() const;
+    QString exif_0x9205_MaxApertureValueAsString() const;
+    double exif_0x9205_MaxApertureValueAsReal() const;
+    QString exif_0x9207_MeteringModeAsString() const;
+    QString exif_0x9208_LightSourceAsString() const;
+    QString exif_0x9209_FlashAsString() const;
+    QString exif_0x920A_FocalLengthAsString() const;
+    double exif_0x920A_FocalLengthAsReal() const;
+    QString exif_0xA001_ColorSpaceAsString() const;
+    QString exif_0xA300_FileSourceAsString() const;
+    QString exif_0xA301_SceneTypeAsString() const;
+    QString exif_0xA401_CustomRenderedAsString() const;
+    QString exif_0xA402_ExposureModeAsString() const;
+    QString exif_0xA403_WhiteBalanceAsString() const;
+    QString exif_0xA404_DigitalZoomRatioAsString() const;
+    double exif_0xA404_DigitalZoomRatioAsReal() const;
+    QString exif_0xA406_SceneCaptureTypeAsString() const;
+    QString exif_0xA408_ContrastAsString() const;
+    QString exif_0xA409_SaturationAsString() const;
+    QString exif_0xA40A_SharpnessAsString() const;
+    QString exif_0xA432_LensInfoAsString() const;
+    QString exif_0xA500_GammaAsString() const;
+    double exif_0xA500_GammaAsReal() const;
+    QString exif_0xC619_BlackLevelRepeatDimAsString() const;
+    QString exif_0XC61A_BlackLevelAsString() const;
+    QString exif_0xC61D_WhiteLevelAsString() const;
+    QString exif_0xC61F_DefaultCropOriginAsString() const;
+    QString exif_0xC620_DefaultCropSizeAsString() const;
+    QString exif_0xC632_AntiAliasStrengthAsString() const;
+    double exif_0xC632_AntiAliasStrengthAsReal() const;
+
+    // --- composite values (exif/composite.cpp) ---
+    double composite_FocusDistance() const;
+    double composite_ScaleFactor35() const;
+    double composite_CircleOfConfusion() const;
+    double composite_HyperfocalDistance() const;
+    double composite_LightValue() const;
+
+    // --- Leica decoders (exif/leicamakernote.cpp) ---
+    QString leicaFrameSelectorAsString() const;
+    QString leicaLensTypeAsString() const;
+    QString leicaImageUniqueIDAsString() const;
+
+private:
+    friend class TM9FileTestAccess;
+
+    void recogniseContainer();
+    void openData();
+    void closeData();
+    void walkChain(void (TM9File::*walker)());
+    bool walkNestedIfd(qint64 position, void (TM9File::*walker)());
+
+    // File access
+    QString m_path;
+    std::unique_ptr<QFile> m_file;
+    std::unique_ptr<QByteArray> m_fallbackData; // file contents when it cannot be mapped
+    TByteReader m_reader;
+
+    // Container state
+    int m_fileTyp = 0;
+    bool m_bigEndian = false;
+    bool m_headerValid = false;
+    qint64 m_tiffBase = 0;
+    quint32 m_firstIfdOffset = 0;
+    quint32 m_nextIfdOffset = 0;
+    int m_ifdCounter = 0;
+    std::array<quint32, 4>
+        m_panasonicSubDir{};       // from maker-note tags 0x3000, 0x3100, 0x3400, 0x3900
+    QSet<qint64> m_ifdsInProgress; // nested directories being walked
+    int m_ifdDepth = 0;
+
+    // Pictures
+    std::unique_ptr<QPixmap> m_preview;
+    std::unique_ptr<QPixmap> m_previewScaled;
+    std::unique_ptr<QPixmap> m_thumbnail;
+
+    // Tag values
+    TExifValues m_exif;
+    TGpsValues m_gps;
+    TLeicaValues m_leica;
+    TSonyValues m_sony;
+};
+
+#endif // TM9FILE_H

@@ -1,0 +1,38 @@
+#ifndef SAMPLEM9_H
+#define SAMPLEM9_H
+
+// A Leica M9 DNG as the camera lays it out: IFD0 with the 320 x 240 RGB
+// preview, a raw SubIFD, the Exif IFD with the Leica maker note and its four
+// sub-directories, and optionally an IFD1 JPEG thumbnail and a GPS IFD. The
+// values are those of a summer afternoon with a Summilux 50.
+
+#include "tests/support/tiffbuilder.h"
+
+#include <QByteArray>
+#include <QImage>
+
+namespace fixture {
+
+struct SampleM9 {
+    Order order = Order::Big;
+    QByteArray model = "M9 Digital Camera";
+    qint64 rawDataBytes = 4096; // the raw strip of the SubIFD (the camera's is ~18 MB)
+    bool withThumbnail = false; // IFD1 with a 160 x 120 JPEG
+    bool withGps = false;
+    QImage preview; // 320 x 240 scene when null
+
+    // Tag values that tests vary most often.
+    quint32 lensType = 32 * 4 + 3; // Summilux-M 50mm f/1.4 ASPH., frame 50/75
+    qint32 temperature = 24;
+    std::pair<quint32, quint32> exposureTime{1, 250};
+    quint16 iso = 160;
+    QByteArray imageUniqueId = "00000000000000000000000000002a3f";
+};
+
+QImage sampleScene();
+IfdPtr sampleIfd0(const SampleM9 &options);
+QByteArray sampleM9Dng(const SampleM9 &options = {});
+
+} // namespace fixture
+
+#endif // SAMPLEM9_H
