@@ -22,20 +22,11 @@ void TM9File::processMakerNoteLeica()
         qCDebug(lcTiffEntries).noquote() << entryLine(tag, leicaTagName(tag), type, count, bytes);
 
         switch (tag) {
-        case 0x3000:
-            m_panasonicSubDir[0] = quint32(base + value);
-            break;
-        case 0x3100:
-            m_panasonicSubDir[1] = quint32(base + value);
-            break;
-        case 0x3400:
-            m_panasonicSubDir[2] = quint32(base + value);
-            break;
-        case 0x3900:
-            m_panasonicSubDir[3] = quint32(base + value);
-            break;
-        default:
-            break;
+        case 0x3000: m_panasonicSubDir[0] = quint32(base + value); break;
+        case 0x3100: m_panasonicSubDir[1] = quint32(base + value); break;
+        case 0x3400: m_panasonicSubDir[2] = quint32(base + value); break;
+        case 0x3900: m_panasonicSubDir[3] = quint32(base + value); break;
+        default: break;
         }
     }
 }

@@ -43,40 +43,20 @@ void TM9File::processGPSInfoIFD()
             g.versionId = version;
             break;
         }
-        case 0x0001:
-            g.latitudeRef = C1();
-            break;
-        case 0x0002:
-            triple(g.latitude);
-            break;
-        case 0x0003:
-            g.longitudeRef = C1();
-            break;
-        case 0x0004:
-            triple(g.longitude);
-            break;
-        case 0x0007:
-            triple(g.timeStamp);
-            break;
-        case 0x0009:
-            g.status = C1();
-            break;
-        case 0x000A:
-            g.measureMode = C1();
-            break;
-        case 0x0012:
-            g.mapDatum = readIFDStringEntry(qint64(r.readU32()) + m_tiffBase);
-            break;
-        case 0x001D:
-            g.dateStamp = readIFDStringEntry(qint64(r.readU32()) + m_tiffBase);
-            break;
+        case 0x0001: g.latitudeRef = C1(); break;
+        case 0x0002: triple(g.latitude); break;
+        case 0x0003: g.longitudeRef = C1(); break;
+        case 0x0004: triple(g.longitude); break;
+        case 0x0007: triple(g.timeStamp); break;
+        case 0x0009: g.status = C1(); break;
+        case 0x000A: g.measureMode = C1(); break;
+        case 0x0012: g.mapDatum = readIFDStringEntry(qint64(r.readU32()) + m_tiffBase); break;
+        case 0x001D: g.dateStamp = readIFDStringEntry(qint64(r.readU32()) + m_tiffBase); break;
         case 0x001E:
             g.differential = r.readU16();
             r.skip(2);
             break;
-        default:
-            r.skip(4);
-            break;
+        default: r.skip(4); break;
         }
     }
 }

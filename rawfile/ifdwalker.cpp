@@ -119,97 +119,39 @@ void TM9File::processIFD()
         qCDebug(lcTiffEntries).noquote() << entryLine(tag, exifTagName(tag), type, count, bytes);
 
         switch (tag) {
-        case 0x00FE:
-            v.newSubfileType = L();
-            break;
-        case 0x0100:
-            v.imageWidth = L();
-            break;
-        case 0x0101:
-            v.imageLength = L();
-            break;
-        case 0x0102:
-            v.bitsPerSample = S();
-            break;
-        case 0x0103:
-            v.compression = S();
-            break;
-        case 0x0106:
-            v.photometric = S();
-            break;
-        case 0x010E:
-            v.imageDescription = T();
-            break;
-        case 0x010F:
-            v.make = T();
-            break;
-        case 0x0110:
-            v.model = T();
-            break;
-        case 0x0111:
-            v.stripOffsets = L();
-            break;
-        case 0x0112:
-            v.orientation = S();
-            break;
-        case 0x0115:
-            v.samplesPerPixel = S();
-            break;
-        case 0x0116:
-            v.rowsPerStrip = L();
-            break;
-        case 0x0117:
-            v.stripByteCounts = L();
-            break;
-        case 0x011A:
-            R(v.xResolution);
-            break;
-        case 0x011B:
-            R(v.yResolution);
-            break;
-        case 0x011C:
-            v.planarConfiguration = S();
-            break;
-        case 0x0128:
-            v.resolutionUnit = S();
-            break;
-        case 0x0131:
-            v.software = T();
-            break;
-        case 0x0132:
-            v.dateTime = T();
-            break;
-        case 0x013B:
-            v.artist = T();
-            break;
-        case 0x0201:
-            (m_ifdCounter == 0 ? v.jpegOffsetIfd0 : v.thumbnailOffset) = L();
-            break;
-        case 0x0202:
-            (m_ifdCounter == 0 ? v.jpegLengthIfd0 : v.thumbnailLength) = L();
-            break;
-        case 0x7000:
-            v.sonyRawFileType = S();
-            break;
+        case 0x00FE: v.newSubfileType = L(); break;
+        case 0x0100: v.imageWidth = L(); break;
+        case 0x0101: v.imageLength = L(); break;
+        case 0x0102: v.bitsPerSample = S(); break;
+        case 0x0103: v.compression = S(); break;
+        case 0x0106: v.photometric = S(); break;
+        case 0x010E: v.imageDescription = T(); break;
+        case 0x010F: v.make = T(); break;
+        case 0x0110: v.model = T(); break;
+        case 0x0111: v.stripOffsets = L(); break;
+        case 0x0112: v.orientation = S(); break;
+        case 0x0115: v.samplesPerPixel = S(); break;
+        case 0x0116: v.rowsPerStrip = L(); break;
+        case 0x0117: v.stripByteCounts = L(); break;
+        case 0x011A: R(v.xResolution); break;
+        case 0x011B: R(v.yResolution); break;
+        case 0x011C: v.planarConfiguration = S(); break;
+        case 0x0128: v.resolutionUnit = S(); break;
+        case 0x0131: v.software = T(); break;
+        case 0x0132: v.dateTime = T(); break;
+        case 0x013B: v.artist = T(); break;
+        case 0x0201: (m_ifdCounter == 0 ? v.jpegOffsetIfd0 : v.thumbnailOffset) = L(); break;
+        case 0x0202: (m_ifdCounter == 0 ? v.jpegLengthIfd0 : v.thumbnailLength) = L(); break;
+        case 0x7000: v.sonyRawFileType = S(); break;
         case 0x7010:
             readArrayAt(r, qint64(r.readU32()) + m_tiffBase, count, v.sonyToneCurve,
                         [&r] { return r.readU16(); });
             break;
-        case 0x7034:
-            v.sonyChromaticAberrationCorrection = S();
-            break;
-        case 0x7036:
-            v.sonyDistortionCorrection = S();
-            break;
-        case 0x74C7:
-            Ln(count, v.sonyCropTopLeft);
-            break;
-        case 0x74C8:
-            Ln(count, v.sonyCropSize);
-            break;
-        case 0x828D:
-            S2(v.cfaRepeatPatternDim);
-            break;
+        case 0x7034: v.sonyChromaticAberrationCorrection = S(); break;
+        case 0x7036: v.sonyDistortionCorrection = S(); break;
+        case 0x74C7: Ln(count, v.sonyCropTopLeft); break;
+        case 0x74C8: Ln(count, v.sonyCropSize); break;
+        case 0x828D: S2(v.cfaRepeatPatternDim); break;
         case 0x828E: {
             // The bytes are read from the field onward, not from an offset; a
             // count other than 4 leaves the walker out of step, as in the camera's files.
@@ -220,79 +162,35 @@ void TM9File::processIFD()
             r.skip(qint64(count) - kept);
             break;
         }
-        case 0x829A:
-            R(v.exposureTime);
-            break;
-        case 0x829D:
-            R(v.fNumber);
-            break;
-        case 0x8769:
-            walkNestedIfd(qint64(r.readU32()) + m_tiffBase, &TM9File::processIFD);
-            break;
-        case 0x8822:
-            v.exposureProgram = S();
-            break;
+        case 0x829A: R(v.exposureTime); break;
+        case 0x829D: R(v.fNumber); break;
+        case 0x8769: walkNestedIfd(qint64(r.readU32()) + m_tiffBase, &TM9File::processIFD); break;
+        case 0x8822: v.exposureProgram = S(); break;
         case 0x8825:
             walkNestedIfd(qint64(r.readU32()) + m_tiffBase, &TM9File::processGPSInfoIFD);
             break;
-        case 0x8827:
-            v.iso = S();
-            break;
-        case 0x8830:
-            v.sensitivityType = S();
-            break;
-        case 0x8832:
-            v.recommendedExposureIndex = L();
-            break;
-        case 0x9000:
-            v.exifVersion = C4();
-            break;
-        case 0x9003:
-            v.dateTimeOriginal = T();
-            break;
-        case 0x9004:
-            v.dateTimeDigitized = T();
-            break;
-        case 0x9010:
-            v.offsetTime = T();
-            break;
-        case 0x9011:
-            v.offsetTimeOriginal = T();
-            break;
-        case 0x9012:
-            v.offsetTimeDigitized = T();
-            break;
+        case 0x8827: v.iso = S(); break;
+        case 0x8830: v.sensitivityType = S(); break;
+        case 0x8832: v.recommendedExposureIndex = L(); break;
+        case 0x9000: v.exifVersion = C4(); break;
+        case 0x9003: v.dateTimeOriginal = T(); break;
+        case 0x9004: v.dateTimeDigitized = T(); break;
+        case 0x9010: v.offsetTime = T(); break;
+        case 0x9011: v.offsetTimeOriginal = T(); break;
+        case 0x9012: v.offsetTimeDigitized = T(); break;
         case 0x9101:
             for (quint8 &component : v.componentsConfiguration)
                 component = r.readU8();
             break;
-        case 0x9102:
-            R(v.compressedBitsPerPixel);
-            break;
-        case 0x9201:
-            R(v.shutterSpeedValue);
-            break;
-        case 0x9203:
-            SR(v.brightnessValue);
-            break;
-        case 0x9204:
-            SR(v.exposureBiasValue);
-            break;
-        case 0x9205:
-            R(v.maxApertureValue);
-            break;
-        case 0x9207:
-            v.meteringMode = S();
-            break;
-        case 0x9208:
-            v.lightSource = S();
-            break;
-        case 0x9209:
-            v.flash = S();
-            break;
-        case 0x920A:
-            R(v.focalLength);
-            break;
+        case 0x9102: R(v.compressedBitsPerPixel); break;
+        case 0x9201: R(v.shutterSpeedValue); break;
+        case 0x9203: SR(v.brightnessValue); break;
+        case 0x9204: SR(v.exposureBiasValue); break;
+        case 0x9205: R(v.maxApertureValue); break;
+        case 0x9207: v.meteringMode = S(); break;
+        case 0x9208: v.lightSource = S(); break;
+        case 0x9209: v.flash = S(); break;
+        case 0x920A: R(v.focalLength); break;
         case 0x927C:
             // Only the Leica maker note is read; its position is kept for every file.
             // The model must come before the Exif IFD, as it does in IFD0.
@@ -304,57 +202,23 @@ void TM9File::processIFD()
         case 0x9286:
             v.userComment = readIFDStringEntry(qint64(r.readU32()) + m_tiffBase + 8);
             break;
-        case 0xA000:
-            v.flashpixVersion = C4();
-            break;
-        case 0xA001:
-            v.colorSpace = S();
-            break;
-        case 0xA002:
-            v.pixelXDimension = L();
-            break;
-        case 0xA003:
-            v.pixelYDimension = L();
-            break;
-        case 0xA005:
-            v.interopOffset = L();
-            break;
-        case 0xA300:
-            v.fileSource = L();
-            break;
-        case 0xA301:
-            v.sceneType = L();
-            break;
-        case 0xA401:
-            v.customRendered = S();
-            break;
-        case 0xA402:
-            v.exposureMode = S();
-            break;
-        case 0xA403:
-            v.whiteBalance = S();
-            break;
-        case 0xA404:
-            R(v.digitalZoomRatio);
-            break;
-        case 0xA405:
-            v.focalLengthIn35mm = S();
-            break;
-        case 0xA406:
-            v.sceneCaptureType = S();
-            break;
-        case 0xA408:
-            v.contrast = S();
-            break;
-        case 0xA409:
-            v.saturation = S();
-            break;
-        case 0xA40A:
-            v.sharpness = S();
-            break;
-        case 0xA420:
-            v.imageUniqueID = T();
-            break;
+        case 0xA000: v.flashpixVersion = C4(); break;
+        case 0xA001: v.colorSpace = S(); break;
+        case 0xA002: v.pixelXDimension = L(); break;
+        case 0xA003: v.pixelYDimension = L(); break;
+        case 0xA005: v.interopOffset = L(); break;
+        case 0xA300: v.fileSource = L(); break;
+        case 0xA301: v.sceneType = L(); break;
+        case 0xA401: v.customRendered = S(); break;
+        case 0xA402: v.exposureMode = S(); break;
+        case 0xA403: v.whiteBalance = S(); break;
+        case 0xA404: R(v.digitalZoomRatio); break;
+        case 0xA405: v.focalLengthIn35mm = S(); break;
+        case 0xA406: v.sceneCaptureType = S(); break;
+        case 0xA408: v.contrast = S(); break;
+        case 0xA409: v.saturation = S(); break;
+        case 0xA40A: v.sharpness = S(); break;
+        case 0xA420: v.imageUniqueID = T(); break;
         case 0xA432: {
             std::array<unsigned int, 4> nums{}, dens{};
             readIFDRationalArrayEntry(qint64(r.readU32()) + m_tiffBase, nums.data(), dens.data(),
@@ -363,45 +227,19 @@ void TM9File::processIFD()
                 v.lensInfo[k] = {nums[k], dens[k]};
             break;
         }
-        case 0xA434:
-            v.lensModel = T();
-            break;
-        case 0xA500:
-            R(v.gamma);
-            break;
-        case 0xC612:
-            v.dngVersion = V4();
-            break;
-        case 0xC613:
-            v.dngBackwardVersion = V4();
-            break;
-        case 0xC614:
-            v.uniqueCameraModel = T();
-            break;
-        case 0xC619:
-            S2(v.blackLevelRepeatDim);
-            break;
-        case 0xC61A:
-            v.blackLevel = {TRational{L(), 1}};
-            break;
-        case 0xC61D:
-            v.whiteLevel = {L()};
-            break;
-        case 0xC61F:
-            LnList(count, v.defaultCropOrigin);
-            break;
-        case 0xC620:
-            LnList(count, v.defaultCropSize);
-            break;
-        case 0xC62D:
-            v.bayerGreenSplit = L();
-            break;
-        case 0xC632:
-            R(v.antiAliasStrength);
-            break;
-        default:
-            r.skip(4);
-            break;
+        case 0xA434: v.lensModel = T(); break;
+        case 0xA500: R(v.gamma); break;
+        case 0xC612: v.dngVersion = V4(); break;
+        case 0xC613: v.dngBackwardVersion = V4(); break;
+        case 0xC614: v.uniqueCameraModel = T(); break;
+        case 0xC619: S2(v.blackLevelRepeatDim); break;
+        case 0xC61A: v.blackLevel = {TRational{L(), 1}}; break;
+        case 0xC61D: v.whiteLevel = {L()}; break;
+        case 0xC61F: LnList(count, v.defaultCropOrigin); break;
+        case 0xC620: LnList(count, v.defaultCropSize); break;
+        case 0xC62D: v.bayerGreenSplit = L(); break;
+        case 0xC632: R(v.antiAliasStrength); break;
+        default: r.skip(4); break;
         }
     }
     m_nextIfdOffset = r.readU32();

@@ -35,9 +35,7 @@ void TM9File::processIFDPreflight()
                                                 .arg(exifTagName(tag));
 
         switch (tag) {
-        case 0x0110:
-            m_exif.model = readIFDStringEntry(qint64(r.readU32()) + m_tiffBase);
-            break;
+        case 0x0110: m_exif.model = readIFDStringEntry(qint64(r.readU32()) + m_tiffBase); break;
         case 0x0201:
         case 0x0202: {
             const quint32 value = r.readU32();
@@ -60,9 +58,7 @@ void TM9File::processIFDPreflight()
         case 0x8769:
             walkNestedIfd(qint64(r.readU32()) + m_tiffBase, &TM9File::processIFDPreflight);
             break;
-        default:
-            r.skip(4);
-            break; // the GPS IFD is not walked here
+        default: r.skip(4); break; // the GPS IFD is not walked here
         }
     }
     m_nextIfdOffset = r.readU32();

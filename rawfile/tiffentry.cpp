@@ -23,18 +23,13 @@ int fieldTypeSize(quint16 type)
     switch (type) {
     case 1:
     case 2:
-    case 7:
-        return 1;
-    case 3:
-        return 2;
+    case 7: return 1;
+    case 3: return 2;
     case 4:
-    case 9:
-        return 4;
+    case 9: return 4;
     case 5:
-    case 10:
-        return 8;
-    default:
-        return 0;
+    case 10: return 8;
+    default: return 0;
     }
 }
 
