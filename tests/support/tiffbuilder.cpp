@@ -321,4 +321,15 @@ bool writeFile(const QString &path, const QByteArray &data)
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(data) == data.size();
 }
 
+QString TempFiles::write(const QString &name, const QByteArray &data)
+{
+    const QString file = path(name);
+    return writeFile(file, data) ? file : QString();
+}
+
+QString TempFiles::path(const QString &name) const
+{
+    return m_dir.filePath(name);
+}
+
 } // namespace fixture

@@ -16,6 +16,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QTemporaryDir>
 
 #include <memory>
 #include <optional>
@@ -144,6 +145,16 @@ template <typename F> QByteArray rgbStrip(int width, int height, F pixel)
 
 // Writes data to path; returns false when that fails.
 bool writeFile(const QString &path, const QByteArray &data);
+
+// Files of one test, in a directory removed with it.
+class TempFiles {
+public:
+    QString write(const QString &name, const QByteArray &data);
+    QString path(const QString &name) const;
+
+private:
+    QTemporaryDir m_dir;
+};
 
 } // namespace fixture
 

@@ -1,0 +1,22 @@
+#ifndef QUERIES_H
+#define QUERIES_H
+
+// Every public query and decoder of TM9File that takes no argument, by its
+// method name, for tolvik-info --all.
+
+#include <QList>
+#include <QVariant>
+
+class TM9File;
+
+struct TQuery {
+    const char *name;
+    QVariant (*value)(const TM9File &file);
+};
+
+const QList<TQuery> &allQueries();
+
+// The values the reader stored, per directory ("exif.model", "leica.lensType").
+const QList<TQuery> &storedValues();
+
+#endif // QUERIES_H
