@@ -98,8 +98,11 @@ void print(const QString &path, const QList<Row> &rows, bool json)
     if (json) {
         QStringList members{jsonString(QStringLiteral("file")) + QLatin1Char(':') +
                             jsonString(path)};
-        for (const auto &[key, value] : rows)
-            members.append(jsonString(key) + QLatin1Char(':') + jsonValue(value));
+        for (const auto &[key, value] : rows) {
+            // Captions lose their colon as keys: "Date/Time:" becomes "Date/Time".
+            const QString name = key.endsWith(QLatin1Char(':')) ? key.chopped(1) : key;
+            members.append(jsonString(name) + QLatin1Char(':') + jsonValue(value));
+        }
         out = QLatin1Char('{') + members.join(QLatin1Char(',')) + QStringLiteral("}\n");
     } else {
         out = path + QLatin1Char('\n');
@@ -140,6 +143,14 @@ QList<Row> queryRows(const TM9File &file)
     return rows;
 }
 
+// Only the reader's own trace lines get through (QT_LOGGING_RULES turns them
+// on); Qt's notes about the session or a damaged thumbnail are not output.
+void keepOwnMessages(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtFatalMsg || qstrncmp(context.category, "tolvik.", 7) == 0)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -147,6 +158,7 @@ int main(int argc, char *argv[])
     // Pictures need a GUI application, not a display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    qInstallMessageHandler(keepOwnMessages);
     QGuiApplication app(argc, argv);
 
     bool json = false, all = false, preflight = false;
