@@ -1,0 +1,33 @@
+# Shared by the scripts: installs what is missing from Debian's packages and
+# configures the build. Source it; do not run it.
+
+TOLVIK_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+TOLVIK_BUILD="${TOLVIK_BUILD:-$TOLVIK_ROOT/build}"
+
+# What building, running and testing need.
+TOLVIK_PACKAGES=(
+    g++ cmake ninja-build
+    qt6-base-dev qt6-base-dev-tools
+    qt6-image-formats-plugins # the TIFF icons of the window
+    libimage-exiftool-perl    # the tests cross-check values with exiftool
+    fonts-dejavu-core
+)
+
+ensure_packages() {
+    local missing=()
+    for pkg in "$@"; do
+        dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q "install ok installed" ||
+            missing+=("$pkg")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    echo "Installing: ${missing[*]}"
+    local sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo="sudo"
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+configure_and_build() {
+    cmake -S "$TOLVIK_ROOT" -B "$TOLVIK_BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@"
+    cmake --build "$TOLVIK_BUILD" -j"$(nproc)"
+}
