@@ -10,11 +10,12 @@ namespace limits {
 
 // Metadata of a camera file is a few kilobytes; once a pass has read this
 // much, every further read gives zeros and all walks end.
-inline constexpr qint64 kReadBudget = 64 * 1024 * 1024;
+inline constexpr qint64 kReadBudget = 16 * 1024 * 1024;
 
-// A DNG chains IFD0 and at most a few more; ends chains that run on through
-// garbage (chains that loop are ended by the set of visited offsets).
-inline constexpr int kMaxChainLength = 1024;
+// A camera file holds fewer than ten directories (IFDs of the chain, Exif,
+// GPS, maker note); ends chains that run on through garbage and pointers that
+// fan out (chains that loop are ended by the set of visited offsets).
+inline constexpr int kMaxDirectories = 64;
 
 // Exif and GPS sit one level below their IFD; ends pointers that lead ever
 // deeper (pointers back to a directory being walked are ended at once).
@@ -24,9 +25,9 @@ inline constexpr int kMaxIfdDepth = 8;
 // costs no more than this.
 inline constexpr qint64 kMaxTextLength = 64 * 1024;
 
-// More pixels than the full-size RGB preview of any sensor; a larger size is
-// a broken header, not a picture.
-inline constexpr quint64 kMaxPreviewPixels = 64ull * 1024 * 1024;
+// Far more pixels than the RGB preview a camera puts in IFD0 (the M9's has
+// 320 x 240); a larger size is a broken header, not a picture.
+inline constexpr quint64 kMaxPreviewPixels = 4096ull * 4096;
 
 // Files that cannot be mapped (pipes, special files) are read up to this size.
 inline constexpr qint64 kMaxUnmappedRead = 256 * 1024 * 1024;

@@ -47,7 +47,10 @@ quint32 TByteReader::readU32()
 QString TByteReader::readCString(qint64 maxLength)
 {
     const QByteArrayView bytes = view(m_pos, maxLength);
-    const auto *nul = static_cast<const char *>(std::memchr(bytes.data(), 0, bytes.size()));
+    const auto *nul =
+        bytes.isEmpty()
+            ? nullptr
+            : static_cast<const char *>(std::memchr(bytes.data(), 0, size_t(bytes.size())));
     const qint64 length = nul ? nul - bytes.data() : bytes.size();
     // The text and its terminator; a text that runs into the end of the data
     // ends there, since the zeros beyond terminate it.

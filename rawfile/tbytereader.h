@@ -24,7 +24,11 @@ public:
 
     qint64 pos() const { return m_pos; }
     void seek(qint64 position) { m_pos = position; }
-    void skip(qint64 count) { m_pos += count; }
+    void skip(qint64 count)
+    {
+        m_pos += count;
+        m_budget -= qMax<qint64>(count, 0);
+    }
 
     quint8 readU8();
     quint16 readU16();

@@ -54,6 +54,7 @@ void TM9File::openData()
         }
     }
     m_reader.setBudget(limits::kReadBudget);
+    m_directoriesWalked = 0;
     m_reader.setBigEndian(true);
 }
 
@@ -143,14 +144,15 @@ void TM9File::walkChain(void (TM9File::*walker)())
         m_reader.seek(position);
         ++m_ifdCounter;
         if (m_nextIfdOffset == 0 || visited.contains(position) ||
-            m_ifdCounter >= limits::kMaxChainLength)
+            ++m_directoriesWalked >= limits::kMaxDirectories)
             break;
     }
 }
 
 bool TM9File::walkNestedIfd(qint64 position, void (TM9File::*walker)())
 {
-    if (m_ifdDepth >= limits::kMaxIfdDepth || m_ifdsInProgress.contains(position))
+    if (m_ifdDepth >= limits::kMaxIfdDepth || m_ifdsInProgress.contains(position) ||
+        ++m_directoriesWalked > limits::kMaxDirectories)
         return false;
     const qint64 back = m_reader.pos();
     m_ifdsInProgress.insert(position);

@@ -81,7 +81,7 @@ public:
     const TSonyValues &sony() const { return m_sony; }
     quint32 panasonicSubDirPosition(int index) const;
 
-    // --- tag names (exif/tagnames.cpp, rawfile/gps.cpp, exif/leicamakernote.cpp) ---
+    // --- tag names (exif/tagnames.cpp, rawfile/gps.cpp, exif/leicadecoders.cpp) ---
     static QString exifTagName(int tag);
     static QString gpsTagName(int tag);
     static QString leicaTagName(int tag);
@@ -160,7 +160,7 @@ public:
     double composite_HyperfocalDistance() const;
     double composite_LightValue() const;
 
-    // --- Leica decoders (exif/leicamakernote.cpp) ---
+    // --- Leica decoders (exif/leicadecoders.cpp) ---
     QString leicaFrameSelectorAsString() const;
     QString leicaLensTypeAsString() const;
     QString leicaImageUniqueIDAsString() const;
@@ -192,6 +192,7 @@ private:
         m_panasonicSubDir{};       // from maker-note tags 0x3000, 0x3100, 0x3400, 0x3900
     QSet<qint64> m_ifdsInProgress; // nested directories being walked
     int m_ifdDepth = 0;
+    int m_directoriesWalked = 0; // in this pass
 
     // Pictures
     std::unique_ptr<QPixmap> m_preview;
