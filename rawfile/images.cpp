@@ -11,7 +11,8 @@ QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
 {
     const quint32 width = m_exif.imageWidth;
     const quint32 height = m_exif.imageLength;
-    if (width == 0 || height == 0 || quint64(width) * height > limits::kMaxPreviewPixels)
+    if (width == 0 || height == 0 || width > limits::kMaxPreviewSide ||
+        height > limits::kMaxPreviewSide || quint64(width) * height > limits::kMaxPreviewPixels)
         return nullptr;
     QImage image(int(width), int(height), QImage::Format_RGB32);
     if (image.isNull())
@@ -86,7 +87,11 @@ QPixmap *TM9File::thumbnailImage() const
 QPixmap *TM9File::previewImageScaled(int width, int height)
 {
     Q_UNUSED(height) // the aspect ratio of the preview decides
-    if (!m_preview)
+    if (!m_preview || width <= 0)
+        return nullptr;
+    const quint64 scaledHeight =
+        quint64(width) * quint64(m_preview->height()) / quint64(qMax(1, m_preview->width()));
+    if (quint64(width) * scaledHeight > limits::kMaxPreviewPixels)
         return nullptr;
     m_previewScaled =
         std::make_unique<QPixmap>(m_preview->scaledToWidth(width, Qt::FastTransformation));

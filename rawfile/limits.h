@@ -28,6 +28,7 @@ inline constexpr qint64 kMaxTextLength = 64 * 1024;
 // Far more pixels than the RGB preview a camera puts in IFD0 (the M9's has
 // 320 x 240); a larger size is a broken header, not a picture.
 inline constexpr quint64 kMaxPreviewPixels = 4096ull * 4096;
+inline constexpr quint32 kMaxPreviewSide = 8192;
 
 // Files that cannot be mapped (pipes, special files) are read up to this size.
 inline constexpr qint64 kMaxUnmappedRead = 256 * 1024 * 1024;

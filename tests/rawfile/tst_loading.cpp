@@ -186,6 +186,7 @@ void TestLoading::reproducers_data()
     QTest::newRow("thousands of entries on one long text") << "long-text-many-times.dng" << true;
     QTest::newRow("CFA pattern of 0xFFFFFFFF bytes") << "cfa-count-huge.dng" << true;
     QTest::newRow("preview of 65535 x 65535 pixels") << "preview-size-huge.dng" << true;
+    QTest::newRow("preview of 1 x 131072 pixels, scaled") << "preview-one-pixel-wide.dng" << true;
     QTest::newRow("Leica maker note of 32767 entries") << "leica-makernote-count-max.dng" << true;
 }
 
@@ -198,6 +199,7 @@ void TestLoading::reproducers()
     timer.start();
     TM9File file(path);
     QTEST(file.processFile(), "accepted");
+    QVERIFY(!file.previewImageScaled(64, 0) || file.previewImage()->width() < 8192);
     TM9File preflight(path);
     preflight.processFilePreflight();
     QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));

@@ -96,6 +96,8 @@ void TestPictures::previewScaled()
     QCOMPARE(file.previewImageScaled(160, 999)->size(), QSize(160, 120));
     QCOMPARE(file.previewImageScaled(32, 1)->size(), QSize(32, 24));
     QCOMPARE(file.previewImage()->size(), QSize(320, 240));
+    QVERIFY(!file.previewImageScaled(0, 10));
+    QVERIFY(!file.previewImageScaled(100000, 10)); // 100000 x 75000 is no preview
 }
 
 void TestPictures::noPreview()
