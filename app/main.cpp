@@ -1,9 +1,26 @@
+// Tolvik: shows the shooting data of a Leica M9 / M Monochrom DNG file.
+//   tolvik [FILE.dng]
+
+#include "mainwindow.h"
+
 #include <QApplication>
-#include <QMainWindow>
+#include <QStringList>
+#include <QTimer>
+
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QMainWindow w;
-    w.show();
+    QApplication::setApplicationVersion(QStringLiteral("0.6.2"));
+
+    MainWindow window;
+    window.show();
+
+    // A file given on the command line (or dropped on the program's icon)
+    // opens once the event loop runs, so that a warning can be answered.
+    const QStringList args = QApplication::arguments().mid(1);
+    if (!args.isEmpty()) {
+        const QString path = args.first();
+        QTimer::singleShot(0, &window, [&window, path] { window.openFile(path); });
+    }
     return app.exec();
 }

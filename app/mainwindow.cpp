@@ -1,0 +1,362 @@
+#include "mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "exif/paneltexts.h"
+#include "rawfile/tm9file.h"
+#include "tmygraphicspixmapitem.h"
+
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFont>
+#include <QFontDatabase>
+#include <QGraphicsScene>
+#include <QIcon>
+#include <QImage>
+#include <QLabel>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPainter>
+#include <QPen>
+#include <QPixmap>
+#include <QSettings>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kFoldedWidth = 344;
+constexpr int kUnfoldedWidth = 650;
+constexpr int kWindowHeight = 475;
+
+// Size of the distribution picture: one column per channel value 0..254.
+constexpr int kCurveColumns = 255;
+constexpr int kCurveHeight = 100;
+
+// The local path of the first dragged URL when its suffix is DNG in any
+// letter case; further URLs do not count.
+QString firstDngPath(const QMimeData *mime)
+{
+    if (!mime)
+        return {};
+    const QList<QUrl> urls = mime->urls();
+    if (urls.isEmpty())
+        return {};
+    const QString path = urls.first().toLocalFile();
+    if (QFileInfo(path).suffix().toUpper() != QLatin1String("DNG"))
+        return {};
+    return path;
+}
+
+// The header fonts of the form are the Mac's, whose points are pixels there.
+// Where they are missing, the stand-in gets the same pixel size, so that
+// camera, serial number and firmware keep to their narrow labels.
+void fitMacFonts(QWidget *window)
+{
+    const QList<QLabel *> labels = window->findChildren<QLabel *>();
+    for (QLabel *label : labels) {
+        QFont font = label->font();
+        const QString family = font.family();
+        if (!family.contains(QLatin1String("Lucida Grande")) || QFontDatabase::hasFamily(family))
+            continue;
+        font.setPixelSize(font.pointSize());
+        label->setFont(font);
+    }
+}
+
+// Through a pixmap: an icon made from a TIFF path looks for a second page and
+// has libtiff complain about it on stderr.
+QIcon foldIcon(const QString &path)
+{
+    return QIcon(QPixmap(path));
+}
+
+void drawCurve(QPainter &painter, const QColor &colour, const QList<qint32> &counts, qint32 maximum)
+{
+    painter.setPen(QPen(colour, 1, Qt::SolidLine));
+    for (int i = 0; i < kCurveColumns; ++i) {
+        const double h = counts[i] / double(maximum) * 100.0;
+        // A spike above the maximum leaves the picture at the top anyway.
+        const int top = kCurveHeight - qRound(std::min(h, 10.0 * kCurveHeight));
+        painter.drawLine(i, kCurveHeight, i, top);
+    }
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWindow)
+{
+    // A dialog-type window with a close button only: no minimise, no maximise.
+    setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::CustomizeWindowHint |
+                   Qt::WindowCloseButtonHint);
+    ui->setupUi(this);
+    fitMacFonts(this);
+
+    setAcceptDrops(true);
+    installEventFilter(this);
+    ui->tbtnOpenClose->setEnabled(false);
+
+    setWindowTitle(QStringLiteral("Tolvik V.") + QCoreApplication::applicationVersion());
+
+    // These name the settings store; nothing may touch the settings before.
+    QCoreApplication::setOrganizationName(QStringLiteral("Brekko"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("brekko.example"));
+    QCoreApplication::setApplicationName(QStringLiteral("Tolvik"));
+    readSettings();
+
+    // Always start folded, whatever geometry the settings restored.
+    setFixedSize(kFoldedWidth, kWindowHeight);
+}
+
+MainWindow::~MainWindow()
+{
+    // rawFile is left to the end of the process, like every file opened
+    // before it was replaced.
+    delete ui;
+}
+
+void MainWindow::openFile(const QString &path)
+{
+    currentFileName = path;
+    doProcess(currentFileName);
+}
+
+// --- settings and quitting ---
+
+void MainWindow::readSettings()
+{
+    QSettings settings;
+    settings.beginGroup(QStringLiteral("MainWindow"));
+    restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray());
+    restoreState(settings.value(QStringLiteral("windowState")).toByteArray(), 0);
+    settings.endGroup();
+
+    settings.beginGroup(QStringLiteral("OtherSettings"));
+    lastDirectory =
+        settings.value(QStringLiteral("lastDirectory"), QStringLiteral("/Volumes")).toString();
+    programmListe = settings.value(QStringLiteral("programmListe")).toStringList();
+    settings.endGroup();
+}
+
+void MainWindow::saveSettings()
+{
+    QSettings settings;
+    settings.beginGroup(QStringLiteral("MainWindow"));
+    settings.setValue(QStringLiteral("geometry"), saveGeometry());
+    settings.setValue(QStringLiteral("windowState"), saveState(0));
+    settings.endGroup();
+
+    settings.beginGroup(QStringLiteral("OtherSettings"));
+    if (!currentFileName.isEmpty())
+        lastDirectory = QFileInfo(currentFileName).absolutePath();
+    settings.setValue(QStringLiteral("lastDirectory"), QFileInfo(lastDirectory).absoluteFilePath());
+    settings.setValue(QStringLiteral("programmListe"), programmListe);
+    settings.endGroup();
+}
+
+bool MainWindow::userReallyWantsToQuit()
+{
+    QMessageBox box(QMessageBox::Question, QString(),
+                    tr("Möchten Sie das Programm tatsächlich beenden?"),
+                    QMessageBox::Ok | QMessageBox::Cancel);
+    box.setDefaultButton(QMessageBox::Cancel);
+    return box.exec() == QMessageBox::Ok;
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (userReallyWantsToQuit()) {
+        saveSettings();
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+void MainWindow::on_actionExit_triggered()
+{
+    close();
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    return QMainWindow::eventFilter(watched, event);
+}
+
+// --- opening a file ---
+
+void MainWindow::on_actionOpen_triggered()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open DNG-File"), lastDirectory,
+                                                      tr("M9-Images (*.dng)"));
+    if (path.isEmpty())
+        return;
+    openFile(path);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!firstDngPath(event->mimeData()).isEmpty())
+        event->accept();
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    const QString path = firstDngPath(event->mimeData());
+    if (!path.isEmpty())
+        openFile(path);
+}
+
+void MainWindow::doProcess(QString path)
+{
+    delete rawFile;
+    rawFile = nullptr;
+    rawFile = new TM9File(path);
+    if (!rawFile->processFile()) {
+        // The rejected file stays current, but the window keeps showing the
+        // last good one.
+        QMessageBox box(QMessageBox::Warning, QString(),
+                        tr("Fehler bei der Verarbeitung. Keine native DNG-Datei!"), QMessageBox::Ok,
+                        this);
+        box.exec();
+        return;
+    }
+    updateAnzeige();
+    updateBild();
+    updateInfoBoxRGB();
+    ui->tbtnOpenClose->setEnabled(true);
+}
+
+void MainWindow::updateAnzeige()
+{
+    const TPanelTexts t = panelTexts(*rawFile);
+    ui->lblFileName->setText(t.fileName);
+    ui->lblDateTime->setText(t.dateTime);
+    ui->lblExpTime->setText(t.expTime);
+    ui->lblCamera->setText(t.camera);
+    ui->lblISO->setText(t.iso);
+    ui->lblSerial->setText(t.serial);
+    ui->lblFirmware->setText(t.firmware);
+    ui->lblApprAperture->setText(t.apprAperture);
+    ui->lblMetering->setText(t.metering);
+    ui->lblExpProgram->setText(t.expProgram);
+    ui->lblExpCorrection->setText(t.expCorrection);
+    ui->lblFocalLength->setText(t.focalLength);
+    ui->lblFrameSelector->setText(t.frameSelector);
+    ui->lblLens->setText(t.lens);
+    ui->lblShutterID->setText(t.imageId);
+    ui->lblMeasuredLV->setText(t.measuredLV);
+    ui->lblSensorBrightness->setText(t.sensorBrightness);
+    ui->lblSensorTemperature->setText(t.sensorTemperature);
+}
+
+void MainWindow::on_tbtnOpenClose_clicked()
+{
+    if (panelOpen) {
+        setFixedWidth(kFoldedWidth);
+        panelOpen = false;
+        ui->tbtnOpenClose->setIcon(foldIcon(QStringLiteral(":/images/btn_Aufklappen.tiff")));
+    } else {
+        setFixedWidth(kUnfoldedWidth);
+        panelOpen = true;
+        ui->tbtnOpenClose->setIcon(foldIcon(QStringLiteral(":/images/btn_Zuklappen.tiff")));
+    }
+}
+
+// --- preview and pixel readout ---
+
+void MainWindow::updateBild()
+{
+    // Each file gets a scene of its own; the earlier ones are kept alive.
+    auto *scene = new QGraphicsScene();
+    ui->graphicsView->setScene(scene);
+
+    // A file without a preview gives an empty, zero-sized view.
+    QPixmap pixmap;
+    if (rawFile->hasPreviewImage())
+        pixmap = *rawFile->previewImage();
+    auto *item = new TMyGraphicsPixmapItem(pixmap);
+    scene->addItem(item);
+
+    ui->graphicsView->setFixedSize(pixmap.width(), pixmap.height());
+    scene->setSceneRect(0, 0, pixmap.width(), pixmap.height());
+    ui->graphicsView->fitInView(scene->sceneRect(), Qt::KeepAspectRatio);
+
+    connect(item, &TMyGraphicsPixmapItem::rgbValueChanged, this, &MainWindow::onShowRGB);
+    connect(item, &TMyGraphicsPixmapItem::mausRaus, this, &MainWindow::onShowRGBAus);
+}
+
+void MainWindow::onShowRGB(QPointF position, unsigned int rgb)
+{
+    Q_UNUSED(position)
+    ui->lblR->setText(QString::number((rgb >> 16) & 0xFF));
+    ui->lblG->setText(QString::number((rgb >> 8) & 0xFF));
+    ui->lblB->setText(QString::number(rgb & 0xFF));
+}
+
+void MainWindow::onShowRGBAus()
+{
+    ui->lblR->setText(QStringLiteral("-"));
+    ui->lblG->setText(QStringLiteral("-"));
+    ui->lblB->setText(QStringLiteral("-"));
+}
+
+// --- RGB distribution ---
+
+void MainWindow::updateInfoBoxRGB()
+{
+    QPixmap picture(kCurveColumns, kCurveHeight);
+    picture.fill(QColor(255, 255, 255, 0));
+
+    berechneRGBVerteilung();
+    // No preview so far (or an empty one): nothing to scale against.
+    if (maxCount > 0) {
+        QPainter painter(&picture);
+        drawCurve(painter, QColor(255, 0, 0), redCounts, maxCount);
+        drawCurve(painter, QColor(0, 255, 0), greenCounts, maxCount);
+        drawCurve(painter, QColor(0, 0, 255), blueCounts, maxCount);
+    }
+
+    ui->lblRGBPic->setScaledContents(true);
+    ui->lblRGBPic->setPixmap(picture);
+}
+
+void MainWindow::berechneRGBVerteilung()
+{
+    // The counts are not cleared: every opened file adds to them.
+    redCounts.resize(256);
+    greenCounts.resize(256);
+    blueCounts.resize(256);
+    allCounts.resize(768);
+    maxCount = 0;
+    secondCount = 0;
+
+    if (rawFile && rawFile->hasPreviewImage()) {
+        const QImage image =
+            rawFile->previewImage()->copy().toImage().convertToFormat(QImage::Format_RGB32);
+        for (int y = 0; y < image.height(); ++y) {
+            const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+            for (int x = 0; x < image.width(); ++x) {
+                ++redCounts[qRed(line[x])];
+                ++greenCounts[qGreen(line[x])];
+                ++blueCounts[qBlue(line[x])];
+            }
+        }
+    }
+
+    // After the resize above the list keeps its first 768 (smallest) entries
+    // of the last call and gets the 768 new counts behind them.
+    for (int i = 0; i < 256; ++i)
+        allCounts << redCounts[i] << greenCounts[i] << blueCounts[i];
+    std::sort(allCounts.begin(), allCounts.end());
+    maxCount = allCounts.last();
+    secondCount = allCounts[allCounts.size() - 2];
+
+    // One dominating spike would flatten every other value: scale to the
+    // next-highest count instead, and let the spike leave the picture.
+    if (qint64(maxCount) > 5 * qint64(secondCount))
+        maxCount = secondCount;
+}

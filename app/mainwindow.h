@@ -1,0 +1,77 @@
+#ifndef MAINWINDOW_H
+#define MAINWINDOW_H
+
+// The one window of the viewer: a narrow panel with the shooting data of the
+// opened DNG file and, behind the fold button, its preview with a pixel
+// readout and an RGB distribution.
+
+#include <QList>
+#include <QMainWindow>
+#include <QPointF>
+#include <QString>
+#include <QStringList>
+
+class QCloseEvent;
+class QDragEnterEvent;
+class QDropEvent;
+class TM9File;
+
+namespace Ui {
+class MainWindow;
+}
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    // Opens a file as if it had been dropped on the window (command line).
+    void openFile(const QString &path);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private slots:
+    void on_actionOpen_triggered();
+    void on_actionExit_triggered();
+    void on_tbtnOpenClose_clicked();
+    void onShowRGB(QPointF position, unsigned int rgb);
+    void onShowRGBAus();
+
+private:
+    friend class TestPreview;
+
+    void readSettings();
+    void saveSettings();
+    bool userReallyWantsToQuit();
+
+    void doProcess(QString path);
+    void updateAnzeige();
+    void updateBild();
+    void updateInfoBoxRGB();
+    void berechneRGBVerteilung();
+
+    Ui::MainWindow *ui;
+    // The file opened last. Replaced (and only then deleted) by the next one.
+    TM9File *rawFile = nullptr;
+    QString currentFileName;
+    QString lastDirectory;
+    QStringList programmListe;
+    bool panelOpen = false;
+
+    // RGB distribution: counts per 8-bit value, summed over every file
+    // opened so far, and the scale of the drawing.
+    QList<qint32> redCounts;
+    QList<qint32> greenCounts;
+    QList<qint32> blueCounts;
+    QList<qint32> allCounts;
+    qint32 maxCount = 0;
+    qint32 secondCount = 0;
+};
+
+#endif // MAINWINDOW_H
