@@ -1,0 +1,126 @@
+#ifndef APPTEST_H
+#define APPTEST_H
+
+// Helpers of the window tests: a settings store of their own, sample files,
+// answering message boxes and finding the form's widgets by name.
+
+#include "tests/support/samplem9.h"
+#include "tests/support/tiffbuilder.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QString>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+
+namespace apptest {
+
+// Points the settings store at dir, so no test reads or writes the user's.
+// Call before the first window is made.
+inline void prepareApplication(const QString &settingsDir)
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDir);
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir);
+    QApplication::setApplicationVersion(QStringLiteral("0.6.2"));
+    QApplication::setOrganizationName(QStringLiteral("Brekko"));
+    QApplication::setApplicationName(QStringLiteral("Tolvik"));
+    // Closing a window in one test must not end the nested loops of the next.
+    QApplication::setQuitOnLastWindowClosed(false);
+}
+
+// Writes a sample M9 DNG into dir and returns its path.
+inline QString writeSample(const QTemporaryDir &dir, const QString &name,
+                           const fixture::SampleM9 &options = {})
+{
+    const QString path = dir.filePath(name);
+    return fixture::writeFile(path, fixture::sampleM9Dng(options)) ? path : QString();
+}
+
+inline QString writeBytes(const QTemporaryDir &dir, const QString &name, const QByteArray &data)
+{
+    const QString path = dir.filePath(name);
+    return fixture::writeFile(path, data) ? path : QString();
+}
+
+// What a message box showed before the helper answered it.
+struct AnsweredBox {
+    bool seen = false;
+    QString text;
+    QString title;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QWidget *parent = nullptr;
+    QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
+};
+
+// Waits (for up to five seconds of event processing) for the next modal
+// message box and clicks its button. Call before the action that opens it.
+inline std::shared_ptr<AnsweredBox> answerNextBox(QMessageBox::StandardButton button)
+{
+    auto answer = std::make_shared<AnsweredBox>();
+    auto *timer = new QTimer(qApp);
+    auto tries = std::make_shared<int>(0);
+    QObject::connect(timer, &QTimer::timeout, timer, [=] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (!box) {
+            if (++*tries > 250)
+                timer->deleteLater();
+            return;
+        }
+        timer->stop();
+        timer->deleteLater();
+        answer->seen = true;
+        answer->text = box->text();
+        answer->title = box->windowTitle();
+        answer->icon = box->icon();
+        answer->parent = box->parentWidget();
+        answer->defaultButton = box->standardButton(box->defaultButton());
+        if (QAbstractButton *b = box->button(button))
+            b->click();
+        else
+            box->reject();
+    });
+    timer->start(20);
+    return answer;
+}
+
+inline QString labelText(const QWidget *window, const QString &name)
+{
+    const auto *label = window->findChild<QLabel *>(name);
+    return label ? label->text() : QStringLiteral("<no label %1>").arg(name);
+}
+
+// The value labels of the panel and header, in the order they are filled.
+inline QStringList valueLabels()
+{
+    return {QStringLiteral("lblFileName"),
+            QStringLiteral("lblDateTime"),
+            QStringLiteral("lblExpTime"),
+            QStringLiteral("lblCamera"),
+            QStringLiteral("lblISO"),
+            QStringLiteral("lblSerial"),
+            QStringLiteral("lblFirmware"),
+            QStringLiteral("lblApprAperture"),
+            QStringLiteral("lblMetering"),
+            QStringLiteral("lblExpProgram"),
+            QStringLiteral("lblExpCorrection"),
+            QStringLiteral("lblFocalLength"),
+            QStringLiteral("lblFrameSelector"),
+            QStringLiteral("lblLens"),
+            QStringLiteral("lblShutterID"),
+            QStringLiteral("lblMeasuredLV"),
+            QStringLiteral("lblSensorBrightness"),
+            QStringLiteral("lblSensorTemperature")};
+}
+
+} // namespace apptest
+
+#endif // APPTEST_H
