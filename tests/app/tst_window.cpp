@@ -70,7 +70,7 @@ void TestWindow::startsFoldedWhateverTheStoredGeometry()
     QVERIFY(!(window.windowFlags() & Qt::WindowMaximizeButtonHint));
     QVERIFY(window.windowFlags() & Qt::WindowCloseButtonHint);
     QVERIFY(window.acceptDrops());
-    for (const QString &readout : {"lblR", "lblG", "lblB"})
+    for (const char *readout : {"lblR", "lblG", "lblB"})
         QCOMPARE(apptest::labelText(&window, readout), QStringLiteral("-"));
     for (const QString &name : apptest::valueLabels()) {
         const bool header = name == "lblCamera" || name == "lblSerial" || name == "lblFirmware";

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QRandomGenerator>
 
 namespace fixture {
 
@@ -35,6 +36,15 @@ QImage sampleScene()
     p.setBrush(QColor(200, 16, 46)); // a red-roofed hut
     p.drawRect(60, 168, 24, 14);
     p.end();
+
+    // A little grain, the same every time, so that the picture's channels
+    // spread as a photograph's do.
+    QRandomGenerator grain(9);
+    for (int y = 0; y < image.height(); ++y) {
+        uchar *line = image.scanLine(y);
+        for (int i = 0; i < image.width() * 3; ++i)
+            line[i] = uchar(qBound(0, line[i] + int(grain.bounded(13)) - 6, 255));
+    }
     return image;
 }
 
