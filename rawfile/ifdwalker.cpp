@@ -112,11 +112,9 @@ void TM9File::processIFD()
 
     const quint16 entryCount = r.readU16();
     for (quint32 i = 0; i < entryCount; ++i) {
-        const quint16 tag = r.readU16();
-        const quint16 type = r.readU16();
-        const quint32 count = r.readU32();
-        const quint64 bytes = length.next(type, count);
-        qCDebug(lcTiffEntries).noquote() << entryLine(tag, exifTagName(tag), type, count, bytes);
+        const TEntryHead entry = readEntryHead(r, length, &exifTagName);
+        const quint16 tag = entry.tag;
+        const quint32 count = entry.count;
 
         switch (tag) {
         case 0x00FE: v.newSubfileType = L(); break;

@@ -13,11 +13,7 @@ void TM9File::processPanasonicSubDirIFD()
 
     const quint16 entryCount = r.readU16();
     for (quint32 i = 0; i < entryCount; ++i) {
-        const quint16 tag = r.readU16();
-        const quint16 type = r.readU16();
-        const quint32 count = r.readU32();
-        const quint64 bytes = length.next(type, count);
-        qCDebug(lcTiffEntries).noquote() << entryLine(tag, leicaTagName(tag), type, count, bytes);
+        const quint16 tag = readEntryHead(r, length, &leicaTagName).tag;
 
         switch (tag) {
         case 0x300A: l.contrast = r.readU32(); break;

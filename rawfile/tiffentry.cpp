@@ -1,5 +1,6 @@
 #include "rawfile/tiffentry.h"
 
+#include "rawfile/tbytereader.h"
 #include "rawfile/tcodetable.h"
 
 Q_LOGGING_CATEGORY(lcTiffEntries, "tolvik.tiff.entries", QtWarningMsg)
@@ -54,4 +55,16 @@ QString entryLine(quint16 tag, const QString &name, quint16 type, quint32 count,
         .arg(name, fieldTypeText(type))
         .arg(count)
         .arg(length);
+}
+
+TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*tagName)(int))
+{
+    TEntryHead head;
+    head.tag = reader.readU16();
+    head.type = reader.readU16();
+    head.count = reader.readU32();
+    const quint64 bytes = length.next(head.type, head.count);
+    qCDebug(lcTiffEntries).noquote()
+        << entryLine(head.tag, tagName(head.tag), head.type, head.count, bytes);
+    return head;
 }

@@ -24,6 +24,19 @@ private:
     quint64 m_last = 0;
 };
 
+class TByteReader;
+
+// Tag, type and count of a directory entry; the value field follows.
+struct TEntryHead {
+    quint16 tag = 0;
+    quint16 type = 0;
+    quint32 count = 0;
+};
+
+// Reads the head of the next entry and traces its line, naming the tag with
+// tagName.
+TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*tagName)(int));
+
 // "Tag: 0x%1 %2, Typ: %3, Count: %4,  Länge: %5"
 QString entryLine(quint16 tag, const QString &name, quint16 type, quint32 count, quint64 length);
 
