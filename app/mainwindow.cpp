@@ -6,6 +6,7 @@
 #include "tmygraphicspixmapitem.h"
 
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -16,11 +17,13 @@
 #include <QIcon>
 #include <QImage>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPainter>
 #include <QPen>
 #include <QPixmap>
+#include <QProcess>
 #include <QSettings>
 #include <QUrl>
 
@@ -183,7 +186,35 @@ void MainWindow::on_actionExit_triggered()
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::ContextMenu) {
+        verarbeiteKontextMenu(static_cast<QContextMenuEvent *>(event));
+        return true;
+    }
     return QMainWindow::eventFilter(watched, event);
+}
+
+// --- external programs ---
+
+QString MainWindow::externalProgramCommand(const QString &program, const QString &file)
+{
+    return QStringLiteral("open -a ") + QLatin1Char('"') + program + QStringLiteral("\" ") +
+           QLatin1Char('"') + QFileInfo(file).absoluteFilePath() + QStringLiteral("\" ");
+}
+
+void MainWindow::verarbeiteKontextMenu(QContextMenuEvent *event)
+{
+    if (programmListe.isEmpty())
+        return;
+    QMenu menu(this);
+    for (const QString &program : std::as_const(programmListe))
+        menu.addAction(program);
+    const QAction *chosen = menu.exec(mapToGlobal(event->pos()));
+    if (!chosen)
+        return;
+    // The desktop opens the file in the chosen program; whether it could is
+    // not looked at.
+    auto *process = new QProcess(this);
+    process->startDetached(externalProgramCommand(chosen->text(), currentFileName), {}, {});
 }
 
 // --- opening a file ---

@@ -12,6 +12,7 @@
 #include <QStringList>
 
 class QCloseEvent;
+class QContextMenuEvent;
 class QDragEnterEvent;
 class QDropEvent;
 class TM9File;
@@ -29,6 +30,9 @@ public:
 
     // Opens a file as if it had been dropped on the window (command line).
     void openFile(const QString &path);
+
+    // The command that hands a file to an external program: open -a "program" "file" .
+    static QString externalProgramCommand(const QString &program, const QString &file);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -49,6 +53,8 @@ private:
     void readSettings();
     void saveSettings();
     bool userReallyWantsToQuit();
+
+    void verarbeiteKontextMenu(QContextMenuEvent *event);
 
     void doProcess(QString path);
     void updateAnzeige();

@@ -5,6 +5,7 @@
 #include "mainwindow.h"
 
 #include <QAction>
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QImageReader>
 #include <QMenu>
@@ -25,6 +26,9 @@ private slots:
     void compiledInImages();
     void quitting_data();
     void quitting();
+    void contextMenuOfExternalPrograms_data();
+    void contextMenuOfExternalPrograms();
+    void externalProgramCommand();
 
 private:
     QTemporaryDir m_settings;
@@ -209,6 +213,54 @@ void TestWindow::quitting()
              storedDirectory.isEmpty() ? QStringList() : programs);
     QVERIFY(!settings.value(QStringLiteral("MainWindow/geometry")).toByteArray().isEmpty());
     QVERIFY(settings.contains(QStringLiteral("MainWindow/windowState")));
+}
+
+void TestWindow::contextMenuOfExternalPrograms_data()
+{
+    QTest::addColumn<QStringList>("programs");
+    QTest::addColumn<QStringList>("offered");
+    QTest::newRow("no programs: no menu") << QStringList{} << QStringList{};
+    QTest::newRow("programs in list order")
+        << QStringList{"/Applications/A.app", "/Applications/B & C.app"}
+        << QStringList{"/Applications/A.app", "/Applications/B & C.app"};
+}
+
+void TestWindow::contextMenuOfExternalPrograms()
+{
+    QFETCH(QStringList, programs);
+    QSettings().setValue(QStringLiteral("OtherSettings/programmListe"), programs);
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+    // The menu is modal: note what it offers and close it without a choice.
+    QStringList offered;
+    bool shown = false;
+    QTimer::singleShot(100, &window, [&] {
+        if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) {
+            shown = true;
+            for (const QAction *action : menu->actions())
+                offered.append(action->text());
+            menu->close();
+        }
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(20, 20),
+                            window.mapToGlobal(QPoint(20, 20)));
+    QApplication::sendEvent(&window, &event);
+    QVERIFY(event.isAccepted());
+    QTest::qWait(200);
+    QCOMPARE(shown, !programs.isEmpty());
+    QTEST(offered, "offered");
+}
+
+void TestWindow::externalProgramCommand()
+{
+    QCOMPARE(MainWindow::externalProgramCommand(QStringLiteral("/Applications/B.app"),
+                                                QStringLiteral("/x/y.dng")),
+             QStringLiteral("open -a \"/Applications/B.app\" \"/x/y.dng\" "));
+    QCOMPARE(MainWindow::externalProgramCommand(QStringLiteral("A.app"), QStringLiteral("y.dng")),
+             QStringLiteral("open -a \"A.app\" \"") + QDir::current().filePath("y.dng") +
+                 QStringLiteral("\" "));
 }
 
 QTEST_MAIN(TestWindow)
