@@ -71,7 +71,7 @@ void TM9File::recogniseContainer()
     m_fileTyp = 0;
     m_reader.seek(0);
 
-    // Steps 3 and 4: a byte-order mark that the magic 42 confirms.
+    // A byte-order mark, confirmed by the magic number 42 behind it.
     const auto tiffHeader = [this](quint16 mark, int kind) {
         if (mark == 0x4D4D || mark == 0x4949) {
             m_bigEndian = mark == 0x4D4D;
@@ -149,11 +149,11 @@ void TM9File::walkChain(void (TM9File::*walker)())
     }
 }
 
-bool TM9File::walkNestedIfd(qint64 position, void (TM9File::*walker)())
+void TM9File::walkNestedIfd(qint64 position, void (TM9File::*walker)())
 {
     if (m_ifdDepth >= limits::kMaxIfdDepth || m_ifdsInProgress.contains(position) ||
         ++m_directoriesWalked > limits::kMaxDirectories)
-        return false;
+        return;
     const qint64 back = m_reader.pos();
     m_ifdsInProgress.insert(position);
     ++m_ifdDepth;
@@ -162,5 +162,4 @@ bool TM9File::walkNestedIfd(qint64 position, void (TM9File::*walker)())
     --m_ifdDepth;
     m_ifdsInProgress.remove(position);
     m_reader.seek(back);
-    return true;
 }

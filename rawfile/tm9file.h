@@ -172,7 +172,7 @@ private:
     void openData();
     void closeData();
     void walkChain(void (TM9File::*walker)());
-    bool walkNestedIfd(qint64 position, void (TM9File::*walker)());
+    void walkNestedIfd(qint64 position, void (TM9File::*walker)());
 
     // File access
     QString m_path;
