@@ -7,13 +7,12 @@
 // processFile() maps the file, walks its TIFF directories once and keeps every
 // recognised value in the structs of tm9values.h; the decoders below turn those
 // values into display text. Offsets and counts come from the file and are not
-// trusted: reads past the end give zeros, and the limits in tm9file.cpp end
+// trusted: reads past the end give zeros, and the limits in limits.h end
 // every walk of a hostile file quickly.
 //
 // The methods are defined by subsystem:
 //   rawfile/  loading, directory walkers, entry readers, pictures, GPS, preflight
 //   exif/     EXIF decoders, composite values, Leica maker note, tag names
-//   sony/     Sony maker note
 
 #include "rawfile/tbytereader.h"
 #include "rawfile/tm9values.h"
