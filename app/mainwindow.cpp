@@ -367,7 +367,7 @@ void MainWindow::berechneRGBVerteilung()
 
     if (rawFile && rawFile->hasPreviewImage()) {
         const QImage image =
-            rawFile->previewImage()->copy().toImage().convertToFormat(QImage::Format_RGB32);
+            rawFile->previewImage()->toImage().convertToFormat(QImage::Format_RGB32);
         for (int y = 0; y < image.height(); ++y) {
             const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
             for (int x = 0; x < image.width(); ++x) {

@@ -129,7 +129,7 @@ QList<Row> preflightRows(const TM9File &file)
          thumbnail ? QStringLiteral("%1x%2").arg(thumbnail->width()).arg(thumbnail->height())
                    : QStringLiteral("none")},
         {QStringLiteral("F-Number:"), file.exif_0x829D_FNumberAsString()},
-        {QStringLiteral("Focal Length:"), file.exif_0x920A_FocalLengthAsString() + "mm"},
+        {QStringLiteral("Focal Length:"), focalLengthText(file)},
     };
 }
 

@@ -12,12 +12,6 @@ namespace {
 // The diagonal of the 35 mm frame, millimetres.
 constexpr double kFullFrameDiagonal = 43.267;
 
-double focalLength(const TExifValues &exif)
-{
-    const TRational &f = exif.focalLength;
-    return f.num != 0 && f.den != 0 ? double(f.num) / double(f.den) : 0.0;
-}
-
 } // namespace
 
 double TM9File::composite_FocusDistance() const
@@ -31,7 +25,7 @@ double TM9File::composite_FocusDistance() const
 double TM9File::composite_ScaleFactor35() const
 {
     // Focal length over its 35 mm equivalent: the reciprocal of the crop factor.
-    return focalLength(m_exif) / double(m_exif.focalLengthIn35mm);
+    return exif_0x920A_FocalLengthAsReal() / double(m_exif.focalLengthIn35mm);
 }
 
 double TM9File::composite_CircleOfConfusion() const
@@ -41,7 +35,7 @@ double TM9File::composite_CircleOfConfusion() const
 
 double TM9File::composite_HyperfocalDistance() const
 {
-    const double f = focalLength(m_exif);
+    const double f = exif_0x920A_FocalLengthAsReal();
     const double aperture = m_sony.apertureText.toDouble(); // 0.0 when it is no number
     return f * f / (aperture * composite_CircleOfConfusion() * 1000.0);
 }

@@ -633,16 +633,13 @@ QString TM9File::exif_0xA40A_SharpnessAsString() const
 QString TM9File::exif_0xA432_LensInfoAsString() const
 {
     // Shortest and longest focal length, then the f-number at each.
-    const auto focal = [](const TRational &r) {
-        return r.num == 0 || r.den == 0 ? QStringLiteral("0") : integerQuotient(r);
-    };
     const auto aperture = [](const TRational &r) {
         return r.num == 0 || r.den == 0 ? QStringLiteral("0")
                                         : QString::number(double(r.num) / double(r.den), 'g', 6);
     };
     const auto &info = m_exif.lensInfo;
-    const QString shortest = focal(info[0]);
-    const QString longest = focal(info[1]);
+    const QString shortest = integerQuotient(info[0]);
+    const QString longest = integerQuotient(info[1]);
     const QString prime = shortest + QStringLiteral("mm/f") + aperture(info[2]);
     if (shortest == longest)
         return prime;

@@ -20,6 +20,11 @@ QString temperatureText(const TLeicaValues &leica)
     return QString::number(leica.cameraTemperature) + QLatin1Char('C');
 }
 
+QString focalLengthText(const TM9File &file)
+{
+    return file.exif_0x920A_FocalLengthAsString() + QStringLiteral("mm");
+}
+
 TPanelTexts panelTexts(const TM9File &file)
 {
     const TExifValues &exif = file.exif();
@@ -38,7 +43,7 @@ TPanelTexts panelTexts(const TM9File &file)
     t.metering = file.exif_0x9207_MeteringModeAsString();
     t.expProgram = file.exif_0x8822_ExpProgAsString();
     t.expCorrection = file.exif_0x9204_ExpCompensationAsString();
-    t.focalLength = file.exif_0x920A_FocalLengthAsString() + QStringLiteral("mm");
+    t.focalLength = focalLengthText(file);
     t.frameSelector = file.leicaFrameSelectorAsString();
     t.lens = file.leicaLensTypeAsString();
     t.imageId = file.leicaImageUniqueIDAsString();

@@ -20,14 +20,14 @@ struct TPanelTexts {
     // value rows, top to bottom
     QString fileName;
     QString dateTime;
-    QString iso;               // "160"
-    QString expTime;           // "1/250 sec" or "n.a"
-    QString apprAperture;      // "5.0" (the quotient is truncated)
+    QString iso;          // "160"
+    QString expTime;      // "1/250 sec" or "n.a"
+    QString apprAperture; // "5.0" (the quotient is truncated)
     QString metering;
     QString expProgram;
     QString expCorrection;
     QString frameSelector;
-    QString focalLength;       // "50mm"
+    QString focalLength; // "50mm"
     QString lens;
     QString measuredLV;        // "12.35"
     QString sensorBrightness;  // "9.88"
@@ -45,5 +45,6 @@ QList<std::pair<QString, QString>> panelRows(const TPanelTexts &texts);
 QString approximateApertureText(const TLeicaValues &leica);
 QString twoDecimals(double value);
 QString temperatureText(const TLeicaValues &leica);
+QString focalLengthText(const TM9File &file);
 
 #endif // PANELTEXTS_H

@@ -16,13 +16,7 @@ void TM9File::processGPSInfoIFD()
         return QString(c);
     };
     const auto triple = [&](std::array<TRational, 3> &out) {
-        const qint64 back = r.pos();
-        r.seek(qint64(r.readU32()) + m_tiffBase);
-        for (TRational &part : out) {
-            part.num = r.readU32();
-            part.den = r.readU32();
-        }
-        r.seek(back + 4);
+        readRationalArray(qint64(r.readU32()) + m_tiffBase, out);
     };
 
     const quint16 entryCount = r.readU16();

@@ -217,14 +217,7 @@ void TM9File::processIFD()
         case 0xA409: v.saturation = S(); break;
         case 0xA40A: v.sharpness = S(); break;
         case 0xA420: v.imageUniqueID = T(); break;
-        case 0xA432: {
-            std::array<unsigned int, 4> nums{}, dens{};
-            readIFDRationalArrayEntry(qint64(r.readU32()) + m_tiffBase, nums.data(), dens.data(),
-                                      4);
-            for (int k = 0; k < 4; ++k)
-                v.lensInfo[k] = {nums[k], dens[k]};
-            break;
-        }
+        case 0xA432: readRationalArray(qint64(r.readU32()) + m_tiffBase, v.lensInfo); break;
         case 0xA434: v.lensModel = T(); break;
         case 0xA500: R(v.gamma); break;
         case 0xC612: v.dngVersion = V4(); break;

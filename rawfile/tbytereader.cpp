@@ -62,18 +62,6 @@ QString TByteReader::readCString(qint64 maxLength)
     return QString::fromLatin1(bytes.data(), length);
 }
 
-QByteArray TByteReader::readBytes(qint64 count)
-{
-    if (count <= 0)
-        return QByteArray();
-    const QByteArrayView available = view(m_pos, count);
-    m_pos += count;
-    m_budget -= count;
-    if (m_budget < 0)
-        return QByteArray();
-    return available.toByteArray();
-}
-
 QByteArrayView TByteReader::view(qint64 position, qint64 count) const
 {
     if (!m_data || position < 0 || position >= m_size || count <= 0)

@@ -17,10 +17,8 @@ public:
     void setData(const uchar *data, qint64 size);
     void clear() { setData(nullptr, 0); }
     bool hasData() const { return m_data != nullptr; }
-    qint64 size() const { return m_size; }
 
     void setBigEndian(bool bigEndian) { m_bigEndian = bigEndian; }
-    bool isBigEndian() const { return m_bigEndian; }
 
     qint64 pos() const { return m_pos; }
     void seek(qint64 position) { m_pos = position; }
@@ -40,15 +38,11 @@ public:
     // at most maxLength of them. Consumes the terminator.
     QString readCString(qint64 maxLength);
 
-    // Copies count bytes, or fewer where the data ends first.
-    QByteArray readBytes(qint64 count);
-
     // Direct access for large blocks: the bytes from position on that exist
     // (at most count), or an empty view. Does not move the cursor.
     QByteArrayView view(qint64 position, qint64 count) const;
 
     void setBudget(qint64 bytes) { m_budget = bytes; }
-    bool budgetSpent() const { return m_budget <= 0; }
 
 private:
     // Moves the cursor by count and tells whether those bytes may be read.

@@ -10,9 +10,7 @@ TM9File::TM9File() = default;
 
 TM9File::TM9File(QString path) : m_path(std::move(path)), m_file(std::make_unique<QFile>(m_path))
 {
-    // Only regular files are opened: a pipe or device would block or never end.
-    if (QFileInfo(m_path).isFile())
-        m_file->open(QIODevice::ReadOnly);
+    openFile();
 }
 
 TM9File::~TM9File()
@@ -36,11 +34,17 @@ quint32 TM9File::panasonicSubDirPosition(int index) const
     return index >= 0 && index < int(m_panasonicSubDir.size()) ? m_panasonicSubDir[index] : 0;
 }
 
+void TM9File::openFile()
+{
+    // Only regular files are opened: a pipe or device would block or never end.
+    if (m_file && !m_file->isOpen() && QFileInfo(m_path).isFile())
+        m_file->open(QIODevice::ReadOnly);
+}
+
 void TM9File::openData()
 {
     m_reader.clear();
-    if (m_file && !m_file->isOpen() && QFileInfo(m_path).isFile())
-        m_file->open(QIODevice::ReadOnly);
+    openFile();
     if (m_file && m_file->isOpen()) {
         const qint64 size = m_file->size();
         // Mapping costs the same for any file size: only the pages that the

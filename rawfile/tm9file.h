@@ -20,6 +20,7 @@
 #include <QSet>
 #include <QString>
 
+#include <array>
 #include <memory>
 
 class QByteArray;
@@ -167,9 +168,17 @@ public:
 private:
     friend class TM9FileTestAccess;
 
+    void openFile();
     void recogniseContainer();
     void openData();
     void closeData();
+    template <std::size_t N> void readRationalArray(qint64 position, std::array<TRational, N> &out)
+    {
+        std::array<unsigned int, N> nums{}, dens{};
+        readIFDRationalArrayEntry(position, nums.data(), dens.data(), int(N));
+        for (std::size_t i = 0; i < N; ++i)
+            out[i] = {nums[i], dens[i]};
+    }
     void walkChain(void (TM9File::*walker)());
     void walkNestedIfd(qint64 position, void (TM9File::*walker)());
 

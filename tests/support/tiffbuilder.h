@@ -94,7 +94,6 @@ public:
         IfdPtr child;     // field = offset of this directory
         bool childSizeAsCount = false;
         std::optional<quint32> rawField;
-        std::optional<quint16> lengthTag; // for offsetTo
     };
     const QList<Entry> &entries() const { return m_entries; }
     IfdPtr nextIfd() const { return m_next; }
