@@ -6,6 +6,8 @@
 
 namespace fixture {
 
+namespace {
+
 QImage sampleScene()
 {
     QImage image(320, 240, QImage::Format_RGB888);
@@ -48,82 +50,43 @@ QImage sampleScene()
     return image;
 }
 
-namespace {
-
 QByteArray packRgb(const QImage &picture)
 {
     const QImage rgb = picture.convertToFormat(QImage::Format_RGB888);
     QByteArray out;
-    out.reserve(rgb.width() * rgb.height() * 3);
     for (int y = 0; y < rgb.height(); ++y)
         out.append(reinterpret_cast<const char *>(rgb.constScanLine(y)), rgb.width() * 3);
     return out;
 }
 
-IfdPtr leicaSubDir3000()
+QByteArray leicaNote(const SampleM9 &o)
 {
-    auto dir = Ifd::make();
-    dir->longValue(0x300A, 2).longValue(0x300B, 2).longValue(0x300D, 2);
-    dir->longValue(0x3033, 0).longValue(0x3034, 97);
-    return dir;
-}
-
-IfdPtr leicaSubDir3100()
-{
-    auto dir = Ifd::make();
-    dir->asciiOutOfLine(0x3103, "3912204").asciiOutOfLine(0x3109, "1.196");
-    dir->longValue(0x312A, 160).longValue(0x312B, 5270).longValue(0x312C, 3516);
-    dir->longValue(0x312D, 14);
-    return dir;
-}
-
-IfdPtr leicaSubDir3400(const SampleM9 &o)
-{
-    auto dir = Ifd::make();
-    dir->slong(0x3402, o.temperature).longValue(0x3405, o.lensType);
-    dir->rational(0x3406, 56, 10);
-    dir->slong(0x3407, 1234567).slong(0x3408, 987654);
-    return dir;
-}
-
-IfdPtr leicaSubDir3900()
-{
-    auto dir = Ifd::make();
-    dir->bytes(0x3901, Undefined, QByteArray(16, '\0'));
-    return dir;
+    auto d3000 = Ifd::make(), d3100 = Ifd::make(), d3400 = Ifd::make(), d3900 = Ifd::make();
+    d3000->longValue(0x300A, 2).longValue(0x300B, 2).longValue(0x300D, 2);
+    d3000->longValue(0x3033, 0).longValue(0x3034, 97);
+    d3100->ascii(0x3103, "3912204", true).ascii(0x3109, "1.196", true);
+    d3100->longValue(0x312A, 160).longValue(0x312B, 5270).longValue(0x312C, 3516);
+    d3100->longValue(0x312D, 14);
+    d3400->slong(0x3402, o.temperature).longValue(0x3405, o.lensType).rational(0x3406, 56, 10);
+    d3400->slong(0x3407, 1234567).slong(0x3408, 987654);
+    d3900->bytes(0x3901, Undefined, QByteArray(16, '\0'));
+    return leicaMakerNote(o.order,
+                          {{0x3000, d3000}, {0x3100, d3100}, {0x3400, d3400}, {0x3900, d3900}});
 }
 
 IfdPtr exifIfd(const SampleM9 &o)
 {
     auto exif = Ifd::make();
     exif->rational(0x829A, o.exposureTime.first, o.exposureTime.second);
-    exif->rational(0x829D, 56, 10);
-    exif->shortValue(0x8822, 3);
-    exif->shortValue(0x8827, o.iso);
+    exif->rational(0x829D, 56, 10).shortValue(0x8822, 3).shortValue(0x8827, o.iso);
     exif->bytes(0x9000, Undefined, "0220");
-    exif->ascii(0x9003, "2012:06:17 14:32:05");
-    exif->ascii(0x9004, "2012:06:17 14:32:05");
-    exif->srational(0x9201, 7965784, 1000000);
-    exif->srational(0x9203, 52, 10);
-    exif->srational(0x9204, -2, 3);
-    exif->rational(0x9205, 1, 1);
-    exif->shortValue(0x9207, 2);
-    exif->shortValue(0x9208, 0);
-    exif->shortValue(0x9209, 0);
-    exif->rational(0x920A, 50, 1);
-    exif->bytes(0x927C, Undefined,
-                leicaMakerNote(o.order, {{0x3000, leicaSubDir3000()},
-                                         {0x3100, leicaSubDir3100()},
-                                         {0x3400, leicaSubDir3400(o)},
-                                         {0x3900, leicaSubDir3900()}}));
-    exif->bytes(0xA300, Undefined, "\x03");
-    exif->bytes(0xA301, Undefined, "\x01");
-    exif->shortValue(0xA401, 0);
-    exif->shortValue(0xA402, 0);
-    exif->shortValue(0xA403, 0);
-    exif->rational(0xA404, 0, 1);
-    exif->shortValue(0xA405, 50);
-    exif->shortValue(0xA406, 0);
+    exif->ascii(0x9003, "2012:06:17 14:32:05").ascii(0x9004, "2012:06:17 14:32:05");
+    exif->srational(0x9201, 7965784, 1000000).srational(0x9203, 52, 10).srational(0x9204, -2, 3);
+    exif->rational(0x9205, 1, 1).shortValue(0x9207, 2).shortValue(0x9208, 0);
+    exif->shortValue(0x9209, 0).rational(0x920A, 50, 1).bytes(0x927C, Undefined, leicaNote(o));
+    exif->bytes(0xA300, Undefined, "\x03").bytes(0xA301, Undefined, "\x01");
+    exif->shortValue(0xA401, 0).shortValue(0xA402, 0).shortValue(0xA403, 0);
+    exif->rational(0xA404, 0, 1).shortValue(0xA405, 50).shortValue(0xA406, 0);
     exif->ascii(0xA420, o.imageUniqueId);
     return exif;
 }
@@ -131,14 +94,11 @@ IfdPtr exifIfd(const SampleM9 &o)
 IfdPtr gpsIfd()
 {
     auto gps = Ifd::make();
-    gps->bytes(0x0000, Byte, QByteArray("\x02\x02\x00\x00", 4));
-    gps->ascii(0x0001, "N");
-    gps->rationals(0x0002, {{52, 1}, {31, 1}, {1234, 100}});
-    gps->ascii(0x0003, "E");
+    gps->bytes(0x0000, Byte, QByteArray("\x02\x02\x00\x00", 4)).ascii(0x0001, "N");
+    gps->rationals(0x0002, {{52, 1}, {31, 1}, {1234, 100}}).ascii(0x0003, "E");
     gps->rationals(0x0004, {{13, 1}, {24, 1}, {3600, 100}});
     gps->rationals(0x0007, {{12, 1}, {32, 1}, {5, 1}});
-    gps->ascii(0x0012, "WGS-84");
-    gps->ascii(0x001D, "2012:06:17");
+    gps->ascii(0x0012, "WGS-84").ascii(0x001D, "2012:06:17");
     return gps;
 }
 
@@ -160,34 +120,21 @@ IfdPtr rawIfd(const SampleM9 &o)
 IfdPtr sampleIfd0(const SampleM9 &o)
 {
     const QImage preview = o.preview.isNull() ? sampleScene() : o.preview;
+    const quint32 width = quint32(preview.width()), height = quint32(preview.height());
     auto ifd0 = Ifd::make();
-    ifd0->longValue(0x00FE, 1);
-    ifd0->longValue(0x0100, quint32(preview.width()));
-    ifd0->longValue(0x0101, quint32(preview.height()));
-    ifd0->shorts(0x0102, {8, 8, 8});
-    ifd0->shortValue(0x0103, 1);
-    ifd0->shortValue(0x0106, 2);
-    ifd0->ascii(0x010F, "Leica Camera AG");
-    ifd0->ascii(0x0110, o.model);
-    ifd0->offsetTo(0x0111, packRgb(preview));
-    ifd0->shortValue(0x0112, 1);
-    ifd0->shortValue(0x0115, 3);
-    ifd0->longValue(0x0116, quint32(preview.height()));
-    ifd0->longValue(0x0117, quint32(preview.width() * preview.height() * 3));
-    ifd0->rational(0x011A, 300, 1);
-    ifd0->rational(0x011B, 300, 1);
-    ifd0->shortValue(0x011C, 1);
-    ifd0->shortValue(0x0128, 2);
-    ifd0->ascii(0x0131, "1.196");
-    ifd0->ascii(0x0132, "2012:06:17 14:32:05");
-    ifd0->ascii(0x013B, "Anna Berg");
-    ifd0->child(0x014A, rawIfd(o));
-    ifd0->child(0x8769, exifIfd(o));
+    ifd0->longValue(0x00FE, 1).longValue(0x0100, width).longValue(0x0101, height);
+    ifd0->shorts(0x0102, {8, 8, 8}).shortValue(0x0103, 1).shortValue(0x0106, 2);
+    ifd0->ascii(0x010F, "Leica Camera AG").ascii(0x0110, o.model);
+    ifd0->offsetTo(0x0111, packRgb(preview)).shortValue(0x0112, 1).shortValue(0x0115, 3);
+    ifd0->longValue(0x0116, height).longValue(0x0117, width * height * 3);
+    ifd0->rational(0x011A, 300, 1).rational(0x011B, 300, 1);
+    ifd0->shortValue(0x011C, 1).shortValue(0x0128, 2).ascii(0x0131, "1.196");
+    ifd0->ascii(0x0132, "2012:06:17 14:32:05").ascii(0x013B, "Anna Berg");
+    ifd0->child(0x014A, rawIfd(o)).child(0x8769, exifIfd(o));
     if (o.withGps)
         ifd0->child(0x8825, gpsIfd());
     ifd0->bytes(0xC612, Byte, QByteArray("\x01\x02\x00\x00", 4));
-    ifd0->bytes(0xC613, Byte, QByteArray("\x01\x00\x00\x00", 4));
-    ifd0->ascii(0xC614, o.model);
+    ifd0->bytes(0xC613, Byte, QByteArray("\x01\x00\x00\x00", 4)).ascii(0xC614, o.model);
     if (o.withThumbnail) {
         auto ifd1 = Ifd::make();
         ifd1->longValue(0x00FE, 1).shortValue(0x0103, 6);

@@ -8,7 +8,6 @@
 
 #include "tests/support/tiffbuilder.h"
 
-#include <QByteArray>
 #include <QImage>
 
 namespace fixture {
@@ -19,9 +18,7 @@ struct SampleM9 {
     qint64 rawDataBytes = 4096; // the raw strip of the SubIFD (the camera's is ~18 MB)
     bool withThumbnail = false; // IFD1 with a 160 x 120 JPEG
     bool withGps = false;
-    QImage preview; // 320 x 240 scene when null
-
-    // Tag values that tests vary most often.
+    QImage preview;                // 320 x 240 scene when null
     quint32 lensType = 32 * 4 + 3; // Summilux-M 50mm f/1.4 ASPH., frame 50/75
     qint32 temperature = 24;
     std::pair<quint32, quint32> exposureTime{1, 250};
@@ -29,7 +26,6 @@ struct SampleM9 {
     QByteArray imageUniqueId = "00000000000000000000000000002a3f";
 };
 
-QImage sampleScene();
 IfdPtr sampleIfd0(const SampleM9 &options);
 QByteArray sampleM9Dng(const SampleM9 &options = {});
 

@@ -7,122 +7,77 @@
 
 namespace fixture {
 
-// --- Ifd -------------------------------------------------------------------
-
-Ifd::Entry &Ifd::add(quint16 tag, quint16 type, quint32 count)
+Ifd &Ifd::add(quint16 tag, quint16 type, quint32 count, QList<std::pair<int, quint32>> units)
 {
-    Entry e;
+    Entry &e = m_entries.emplace_back();
     e.tag = tag;
     e.type = type;
     e.count = count;
-    m_entries.append(e);
-    return m_entries.last();
-}
-
-Ifd &Ifd::shortValue(quint16 tag, quint16 value)
-{
-    return shorts(tag, {value});
+    e.units = std::move(units);
+    return *this;
 }
 
 Ifd &Ifd::shorts(quint16 tag, const QList<quint16> &values)
 {
-    Entry &e = add(tag, Short, quint32(values.size()));
+    QList<std::pair<int, quint32>> units;
     for (quint16 v : values)
-        e.units.append({2, v});
-    return *this;
-}
-
-Ifd &Ifd::longValue(quint16 tag, quint32 value)
-{
-    return longs(tag, {value});
+        units.append({2, v});
+    return add(tag, Short, quint32(values.size()), units);
 }
 
 Ifd &Ifd::longs(quint16 tag, const QList<quint32> &values)
 {
-    Entry &e = add(tag, Long, quint32(values.size()));
+    QList<std::pair<int, quint32>> units;
     for (quint32 v : values)
-        e.units.append({4, v});
-    return *this;
+        units.append({4, v});
+    return add(tag, Long, quint32(values.size()), units);
 }
 
-Ifd &Ifd::slong(quint16 tag, qint32 value)
+Ifd &Ifd::bytes(quint16 tag, quint16 type, const QByteArray &data)
 {
-    add(tag, SLong, 1).units.append({4, quint32(value)});
-    return *this;
-}
-
-Ifd &Ifd::bytes(quint16 tag, Type type, const QByteArray &data)
-{
-    Entry &e = add(tag, type, quint32(data.size()));
+    QList<std::pair<int, quint32>> units;
     for (char c : data)
-        e.units.append({1, quint8(c)});
+        units.append({1, quint8(c)});
+    return add(tag, type, quint32(data.size()), units);
+}
+
+Ifd &Ifd::ascii(quint16 tag, const QByteArray &text, bool outOfLine)
+{
+    bytes(tag, Ascii, text + '\0');
+    m_entries.last().outOfLine = outOfLine;
     return *this;
 }
 
-Ifd &Ifd::ascii(quint16 tag, const QByteArray &text)
+Ifd &Ifd::rationals(quint16 tag, const Fractions &values)
 {
-    Entry &e = add(tag, Ascii, quint32(text.size() + 1));
-    for (char c : text)
-        e.units.append({1, quint8(c)});
-    e.units.append({1, 0});
-    return *this;
-}
-
-Ifd &Ifd::asciiOutOfLine(quint16 tag, const QByteArray &text)
-{
-    ascii(tag, text);
-    m_entries.last().forceOutOfLine = true;
-    return *this;
-}
-
-Ifd &Ifd::rational(quint16 tag, quint32 num, quint32 den)
-{
-    return rationals(tag, {{num, den}});
-}
-
-Ifd &Ifd::rationals(quint16 tag, const QList<std::pair<quint32, quint32>> &values)
-{
-    Entry &e = add(tag, Rational, quint32(values.size()));
-    for (const auto &[num, den] : values) {
-        e.units.append({4, num});
-        e.units.append({4, den});
-    }
-    return *this;
+    QList<std::pair<int, quint32>> units;
+    for (const auto &[num, den] : values)
+        units << std::pair(4, num) << std::pair(4, den);
+    return add(tag, Rational, quint32(values.size()), units);
 }
 
 Ifd &Ifd::srational(quint16 tag, qint32 num, qint32 den)
 {
-    Entry &e = add(tag, SRational, 1);
-    e.units.append({4, quint32(num)});
-    e.units.append({4, quint32(den)});
-    return *this;
+    return add(tag, SRational, 1, {{4, quint32(num)}, {4, quint32(den)}});
 }
 
 Ifd &Ifd::offsetTo(quint16 tag, const QByteArray &block, std::optional<quint16> lengthTag)
 {
-    add(tag, Long, 1).block = block;
-    if (lengthTag)
-        longValue(*lengthTag, quint32(block.size()));
-    return *this;
+    add(tag, Long, 1).m_entries.last().block = block;
+    return lengthTag ? longValue(*lengthTag, quint32(block.size())) : *this;
 }
 
-Ifd &Ifd::child(quint16 tag, IfdPtr directory)
+Ifd &Ifd::child(quint16 tag, IfdPtr directory, bool asBlock)
 {
-    add(tag, Long, 1).child = std::move(directory);
-    return *this;
-}
-
-Ifd &Ifd::childBlock(quint16 tag, IfdPtr directory)
-{
-    Entry &e = add(tag, Undefined, 0);
-    e.child = std::move(directory);
-    e.childSizeAsCount = true;
+    add(tag, asBlock ? Undefined : Long, 1);
+    m_entries.last().child = std::move(directory);
+    m_entries.last().childAsBlock = asBlock;
     return *this;
 }
 
 Ifd &Ifd::raw(quint16 tag, quint16 type, quint32 count, quint32 field)
 {
-    add(tag, type, count).rawField = field;
+    add(tag, type, count).m_entries.last().rawField = field;
     return *this;
 }
 
@@ -144,24 +99,15 @@ Ifd &Ifd::forceEntryCount(quint16 count)
     return *this;
 }
 
-// --- Writer ----------------------------------------------------------------
-
-namespace {
-
 class Writer {
 public:
     explicit Writer(Order order) : m_order(order) {}
-
     QByteArray out;
 
     void put16(quint16 v)
     {
-        char b[2];
-        if (m_order == Order::Big)
-            qToBigEndian(v, b);
-        else
-            qToLittleEndian(v, b);
-        out.append(b, 2);
+        out.append(2, '\0');
+        m_order == Order::Big ? qToBigEndian(v, out.end() - 2) : qToLittleEndian(v, out.end() - 2);
     }
     void put32(quint32 v)
     {
@@ -170,79 +116,66 @@ public:
     }
     void patch32(qint64 at, quint32 v)
     {
-        if (m_order == Order::Big)
-            qToBigEndian(v, out.data() + at);
-        else
-            qToLittleEndian(v, out.data() + at);
+        m_order == Order::Big ? qToBigEndian(v, out.data() + at)
+                              : qToLittleEndian(v, out.data() + at);
     }
-    void align()
+    // Appends data at an even position and points the field at it.
+    void placeAt(qint64 field, const QByteArray &data)
     {
         if (out.size() % 2)
             out.append('\0');
-    }
-
-    QByteArray encode(const QList<std::pair<int, quint32>> &units)
-    {
-        Writer w(m_order);
-        for (const auto &[width, value] : units) {
-            if (width == 1)
-                w.out.append(char(value));
-            else if (width == 2)
-                w.put16(quint16(value));
-            else
-                w.put32(value);
-        }
-        return w.out;
+        patch32(field, quint32(out.size()));
+        out.append(data);
     }
 
     // Appends the directory and everything it points to; returns its position.
     qint64 writeIfd(const Ifd &ifd)
     {
-        align();
+        if (out.size() % 2)
+            out.append('\0');
         const qint64 start = out.size();
-        const auto &entries = ifd.entries();
-        put16(ifd.forcedEntryCount().value_or(quint16(entries.size())));
-        QList<qint64> fields;
-        for (const auto &e : entries) {
+        put16(ifd.m_forcedCount.value_or(quint16(ifd.m_entries.size())));
+        for (const auto &e : ifd.m_entries) {
             put16(e.tag);
             put16(e.type);
             put32(e.count);
-            fields.append(out.size());
             put32(0);
         }
         const qint64 nextField = out.size();
         put32(0);
 
-        for (int i = 0; i < entries.size(); ++i) {
-            const auto &e = entries[i];
-            const qint64 field = fields[i];
+        for (qsizetype i = 0; i < ifd.m_entries.size(); ++i) {
+            const auto &e = ifd.m_entries[i];
+            const qint64 field = start + 2 + i * 12 + 8;
             if (e.rawField) {
                 patch32(field, *e.rawField);
             } else if (e.child) {
-                const qint64 start = writeIfd(*e.child);
-                patch32(field, quint32(start));
-                if (e.childSizeAsCount)
-                    patch32(field - 4, quint32(out.size() - start));
+                const qint64 at = writeIfd(*e.child);
+                patch32(field, quint32(at));
+                if (e.childAsBlock)
+                    patch32(field - 4, quint32(out.size() - at));
             } else if (!e.block.isNull()) {
-                align();
-                patch32(field, quint32(out.size()));
-                out.append(e.block);
+                placeAt(field, e.block);
             } else {
-                const QByteArray value = encode(e.units);
-                if (value.size() <= 4 && !e.forceOutOfLine) {
-                    std::copy(value.begin(), value.end(), out.begin() + field);
-                } else {
-                    align();
-                    patch32(field, quint32(out.size()));
-                    out.append(value);
+                Writer value(m_order);
+                for (const auto &[width, v] : e.units) {
+                    if (width == 1)
+                        value.out.append(char(v));
+                    else if (width == 2)
+                        value.put16(quint16(v));
+                    else
+                        value.put32(v);
                 }
+                if (value.out.size() <= 4 && !e.outOfLine)
+                    std::copy(value.out.begin(), value.out.end(), out.begin() + field);
+                else
+                    placeAt(field, value.out);
             }
         }
-
-        if (ifd.nextRawOffset())
-            patch32(nextField, *ifd.nextRawOffset());
-        else if (ifd.nextIfd())
-            patch32(nextField, quint32(writeIfd(*ifd.nextIfd())));
+        if (ifd.m_nextRaw)
+            patch32(nextField, *ifd.m_nextRaw);
+        else if (ifd.m_next)
+            patch32(nextField, quint32(writeIfd(*ifd.m_next)));
         return start;
     }
 
@@ -250,28 +183,20 @@ private:
     Order m_order;
 };
 
-void putHeader(Writer &w, Order order, quint16 magic)
+QByteArray tiffHeader(Order order, quint32 firstIfdOffset)
 {
+    Writer w(order);
     w.out.append(order == Order::Big ? "MM" : "II");
-    w.put16(magic);
+    w.put16(42);
+    w.put32(firstIfdOffset);
+    return w.out;
 }
-
-} // namespace
 
 QByteArray tiff(Order order, const IfdPtr &ifd0)
 {
     Writer w(order);
-    putHeader(w, order, 42);
-    w.put32(8);
+    w.out = tiffHeader(order, 8);
     w.writeIfd(*ifd0);
-    return w.out;
-}
-
-QByteArray tiffHeader(Order order, quint32 firstIfdOffset, quint16 magic)
-{
-    Writer w(order);
-    putHeader(w, order, magic);
-    w.put32(firstIfdOffset);
     return w.out;
 }
 
@@ -281,7 +206,7 @@ QByteArray leicaMakerNote(Order order, const QList<std::pair<quint16, IfdPtr>> &
     w.out.append("LEICA0\x03\x00", 8);
     Ifd main;
     for (const auto &[tag, dir] : subDirs)
-        main.childBlock(tag, dir);
+        main.child(tag, dir, true);
     w.writeIfd(main);
     return w.out;
 }
@@ -319,17 +244,6 @@ bool writeFile(const QString &path, const QByteArray &data)
 {
     QFile file(path);
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(data) == data.size();
-}
-
-QString TempFiles::write(const QString &name, const QByteArray &data)
-{
-    const QString file = path(name);
-    return writeFile(file, data) ? file : QString();
-}
-
-QString TempFiles::path(const QString &name) const
-{
-    return m_dir.filePath(name);
 }
 
 } // namespace fixture
