@@ -15,19 +15,16 @@ namespace exiftest {
 // Adds entries to IFD0 and to the Exif IFD of a file.
 using Build = std::function<void(fixture::Ifd &ifd0, fixture::Ifd &exif)>;
 
-using TextDecoder = QString (TM9File::*)() const;
-using RealDecoder = double (TM9File::*)() const;
-
 // An M9 file without a maker note: Make and Model, the given entries, and the
 // Exif IFD with its entries.
-inline QByteArray m9File(const Build &build)
+inline QByteArray m9File(const Build &build, fixture::Order order = fixture::Order::Big)
 {
     auto ifd0 = fixture::Ifd::make();
     auto exif = fixture::Ifd::make();
     ifd0->ascii(0x010F, "Leica Camera AG").ascii(0x0110, "M9 Digital Camera");
     build(*ifd0, *exif);
     ifd0->child(0x8769, exif);
-    return fixture::tiff(fixture::Order::Big, ifd0);
+    return fixture::tiff(order, ifd0);
 }
 
 // Writes the file and reads it; null when it cannot be written.
@@ -44,9 +41,5 @@ inline std::unique_ptr<TM9File> load(fixture::TempFiles &files, const QByteArray
 }
 
 } // namespace exiftest
-
-Q_DECLARE_METATYPE(exiftest::Build)
-Q_DECLARE_METATYPE(exiftest::TextDecoder)
-Q_DECLARE_METATYPE(exiftest::RealDecoder)
 
 #endif // LOADFIXTURE_H

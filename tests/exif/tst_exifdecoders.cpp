@@ -1,57 +1,76 @@
-// The standard TIFF, Exif and DNG decoders, fed from files.
+// The decoders of standard, Leica and composite values, and what the walker
+// stores for them: each row writes a small file, reads it as the viewer does
+// and compares one text.
 
 #include "tests/exif/loadfixture.h"
+#include "tests/support/samplem9.h"
 
 #include <QtTest>
 
 using namespace exiftest;
-using fixture::Ifd;
+using namespace fixture;
+using F = TM9File;
+using Read = std::function<QString(const TM9File &)>;
+Q_DECLARE_METATYPE(Read)
 
 namespace {
 
-Build nothing()
+QByteArray inIfd0(const std::function<void(Ifd &)> &add, Order order = Order::Big)
 {
-    return [](Ifd &, Ifd &) {};
+    return m9File([=](Ifd &ifd0, Ifd &) { add(ifd0); }, order);
 }
 
-Build ifd0(std::function<void(Ifd &)> add)
+QByteArray inExif(const std::function<void(Ifd &)> &add, Order order = Order::Big)
 {
-    return [add](Ifd &ifd0, Ifd &) { add(ifd0); };
+    return m9File([=](Ifd &, Ifd &exif) { add(exif); }, order);
 }
 
-Build exif(std::function<void(Ifd &)> add)
+QByteArray exifRational(quint16 tag, quint32 num, quint32 den)
 {
-    return [add](Ifd &, Ifd &exif) { add(exif); };
+    return inExif([=](Ifd &d) { d.rational(tag, num, den); });
 }
 
-Build exifShort(quint16 tag, quint16 value)
+QByteArray exifSRational(quint16 tag, qint32 num, qint32 den)
 {
-    return exif([=](Ifd &d) { d.shortValue(tag, value); });
+    return inExif([=](Ifd &d) { d.srational(tag, num, den); });
 }
 
-Build exifRational(quint16 tag, quint32 num, quint32 den)
+QByteArray exifShort(quint16 tag, quint16 value)
 {
-    return exif([=](Ifd &d) { d.rational(tag, num, den); });
+    return inExif([=](Ifd &d) { d.shortValue(tag, value); });
 }
 
-Build exifSRational(quint16 tag, qint32 num, qint32 den)
+QByteArray lensInfo(const Fractions &values)
 {
-    return exif([=](Ifd &d) { d.srational(tag, num, den); });
+    return inExif([=](Ifd &d) { d.rationals(0xA432, values); });
 }
 
-Build ifd0Shorts(quint16 tag, const QList<quint16> &values)
+QByteArray sample(const std::function<void(SampleM9 &)> &change)
 {
-    return ifd0([=](Ifd &d) { d.shorts(tag, values); });
+    SampleM9 options;
+    change(options);
+    return sampleM9Dng(options);
 }
 
-Build ifd0Longs(quint16 tag, const QList<quint32> &values)
+Read text(QString (F::*decoder)() const)
 {
-    return ifd0([=](Ifd &d) { d.longs(tag, values); });
+    return [=](const F &f) { return (f.*decoder)(); };
 }
 
-Build lensInfo(const QList<std::pair<quint32, quint32>> &values)
+Read real(std::initializer_list<double (F::*)() const> decoders)
 {
-    return exif([=](Ifd &d) { d.rationals(0xA432, values); });
+    const QList<double (F::*)() const> list(decoders);
+    return [=](const F &f) {
+        QStringList values;
+        for (auto decoder : list)
+            values.append(QString::number((f.*decoder)(), 'g', 6));
+        return values.join(' ');
+    };
+}
+
+void row(const char *name, const QByteArray &file, const Read &read, const char *expected)
+{
+    QTest::newRow(name) << file << read << QString::fromUtf8(expected);
 }
 
 } // namespace
@@ -59,245 +78,236 @@ Build lensInfo(const QList<std::pair<quint32, quint32>> &values)
 class TstExifDecoders : public QObject {
     Q_OBJECT
 
-private:
-    fixture::TempFiles m_files;
-
-    std::unique_ptr<TM9File> loadFromData()
-    {
-        QFETCH(Build, build);
-        auto file = load(m_files, m9File(build));
-        if (!file)
-            qFatal("cannot write the fixture file");
-        return file;
-    }
-
-    void textColumns()
-    {
-        QTest::addColumn<Build>("build");
-        QTest::addColumn<TextDecoder>("decoder");
-        QTest::addColumn<QString>("expected");
-    }
-
-    void runText()
-    {
-        QFETCH(TextDecoder, decoder);
-        QFETCH(QString, expected);
-        const auto file = loadFromData();
-        QCOMPARE((file.get()->*decoder)(), expected);
-    }
-
 private slots:
-    void codeTables_data();
-    void codeTables() { runText(); }
-    void exposureTime_data();
-    void exposureTime();
-    void numberTexts_data();
-    void numberTexts() { runText(); }
-    void realValues_data();
-    void realValues();
-    void arrayTexts_data();
-    void arrayTexts() { runText(); }
+    void decode_data();
+    void decode();
+
+private:
+    TempFiles m_files;
 };
 
-void TstExifDecoders::codeTables_data()
+void TstExifDecoders::decode_data()
 {
-    textColumns();
-    const auto row = [](const char *name, Build build, TextDecoder decoder, const char *text) {
-        QTest::newRow(name) << build << decoder << QString::fromLatin1(text);
-    };
-    using F = TM9File;
-    row("SubfileType 0 keeps its trailing blank", ifd0Longs(0x00FE, {0}),
-        &F::exif_0xFE_SubfileTypeAsString, "Full-resolution Image ");
-    row("SubfileType 8 unknown", ifd0Longs(0x00FE, {8}), &F::exif_0xFE_SubfileTypeAsString, "n.a");
-    row("Compression 65535", ifd0Shorts(0x0103, {65535}), &F::exif_0x103_CompressionAsString,
-        "Pentax PEF Compressed");
-    row("Compression 11 unknown", ifd0Shorts(0x0103, {11}), &F::exif_0x103_CompressionAsString,
-        "unbekannt");
-    row("Photometric CFA", ifd0Shorts(0x0106, {32803}),
-        &F::exif_0x106_PhotometricInterpretationAsString, "Color Filter Array ");
-    row("Photometric 7 has no text", ifd0Shorts(0x0106, {7}),
-        &F::exif_0x106_PhotometricInterpretationAsString, "unbekannt");
-    row("Orientation missing", nothing(), &F::exif_0x112_OrientationAsString, "unbekannt");
-    row("ExpProgram 3", exifShort(0x8822, 3), &F::exif_0x8822_ExpProgAsString,
-        "Av [Aperture-priority]");
-    row("ExpProgram 10 unknown", exifShort(0x8822, 10), &F::exif_0x8822_ExpProgAsString, "n.a.");
-    row("SensitivityType 7", exifShort(0x8830, 7), &F::exif_0x8830_SensitivityTypeAsString,
-        "Standard Output Sensitivity, Recommended Exposure Index and ISO Speed");
-    row("MeteringMode 0", exifShort(0x9207, 0), &F::exif_0x9207_MeteringModeAsString, "n.a");
-    row("MeteringMode 6", exifShort(0x9207, 6), &F::exif_0x9207_MeteringModeAsString, "Partiell");
-    row("MeteringMode 255", exifShort(0x9207, 255), &F::exif_0x9207_MeteringModeAsString, "Other");
-    row("LightSource 5 unknown", exifShort(0x9208, 5), &F::exif_0x9208_LightSourceAsString,
-        "unbekannt");
-    row("Flash 0x10", exifShort(0x9209, 0x10), &F::exif_0x9209_FlashAsString, "Off, Did not fire");
-    row("Flash 0x11 not split into bits", exifShort(0x9209, 0x11), &F::exif_0x9209_FlashAsString,
-        "unbekannt");
-    row("Flash 95", exifShort(0x9209, 95), &F::exif_0x9209_FlashAsString,
-        "Auto, Fired, Red-eye reduction, Return detected");
-    row("FileSource 3", exif([](Ifd &d) { d.longValue(0xA300, 3); }),
-        &F::exif_0xA300_FileSourceAsString, "Digital Camera");
-    row("SceneType 1", exif([](Ifd &d) { d.longValue(0xA301, 1); }),
-        &F::exif_0xA301_SceneTypeAsString, "Directly photographed");
-    row("Sharpness 3 unknown", exifShort(0xA40A, 3), &F::exif_0xA40A_SharpnessAsString,
-        "unbekannt");
-}
-
-void TstExifDecoders::exposureTime_data()
-{
-    QTest::addColumn<Build>("build");
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<Read>("read");
     QTest::addColumn<QString>("expected");
-    QTest::addColumn<QString>("expected2");
-    const auto row = [](const char *name, quint32 num, quint32 den, const char *text,
-                        const char *text2) {
-        QTest::newRow(name) << exifRational(0x829A, num, den) << QString::fromLatin1(text)
-                            << QString::fromLatin1(text2);
-    };
-    row("1/125", 1, 125, "1/125", "125");
-    row("2/250 equals 1/125", 2, 250, "1/125", "125");
-    row("1/16000 first row", 1, 16000, "1/16000", "16000");
-    row("1/6 last fraction", 1, 6, "1/6", "6");
-    row("1/15 not nominal", 1, 15, "n.a", "n.a");
-    row("1/3 not nominal", 1, 3, "n.a", "n.a");
-    row("8/1001 close to 1/125", 8, 1001, "n.a", "n.a");
-    row("3/10", 3, 10, "0,3", "0,3");
-    row("1/1", 1, 1, "1", "1,0");
-    row("13/10 whole seconds first", 13, 10, "1", "1,3");
-    row("4/1", 4, 1, "4", "4,0");
-    row("25/10", 25, 10, "2", "2,5");
-    row("7/1", 7, 1, "7", "n.a");
-    row("30/1", 30, 1, "30", "30,0");
-    row("60/1", 60, 1, "60", "n.a");
-    row("zero numerator", 0, 125, "n.A.", "n.A.");
-    row("zero denominator", 1, 0, "n.A.", "n.A.");
-    QTest::newRow("missing") << nothing() << QStringLiteral("n.A.") << QStringLiteral("n.A.");
-}
+    const Order little = Order::Little;
 
-void TstExifDecoders::exposureTime()
-{
-    QFETCH(QString, expected);
-    QFETCH(QString, expected2);
-    const auto file = loadFromData();
-    QCOMPARE(file->exif_0x829A_ExposureTimeAsString(), expected);
-    QCOMPARE(file->exif_0x829A_ExposureTimeAsString2(), expected2);
-}
+    // What the walker stores, before any decoder.
+    const Read width = [](const F &f) { return QString::number(f.exif().imageWidth); };
+    row("SHORT width, little-endian", inIfd0([](Ifd &d) { d.shortValue(0x0100, 320); }, little),
+        width, "320");
+    row("SHORT width, big-endian, read as LONG", inIfd0([](Ifd &d) { d.shortValue(0x0100, 320); }),
+        width, "20971520");
+    const Read artist = [](const F &f) { return f.exif().artist; };
+    row("short text in the field is read at the offset its bytes form",
+        inIfd0([](Ifd &d) { d.ascii(0x013B, "ab"); }), artist, "");
+    row("text out of line", inIfd0([](Ifd &d) { d.ascii(0x013B, "Anna Berg"); }), artist,
+        "Anna Berg");
+    row(
+        "DNGVersion without trailing point",
+        inIfd0([](Ifd &d) { d.bytes(0xC612, Byte, QByteArray("\1\4\0\0", 4)); }),
+        [](const F &f) { return f.exif().dngVersion; }, "1.4.0.0");
+    row(
+        "ExifVersion as four characters",
+        inExif([](Ifd &d) { d.bytes(0x9000, Undefined, "0230"); }),
+        [](const F &f) { return f.exif().exifVersion; }, "0230");
+    row(
+        "FileSource, whole field, big-endian",
+        inExif([](Ifd &d) { d.bytes(0xA300, Undefined, "\3"); }),
+        [](const F &f) { return QString::number(f.exif().fileSource); }, "50331648");
+    row(
+        "DefaultCropSize keeps every value", inIfd0([](Ifd &d) {
+            d.longs(0xC620, {5200, 3456, 7});
+        }),
+        [](const F &f) { return QString::number(f.exif().defaultCropSize.value(2)); }, "7");
+    row(
+        "ComponentsConfiguration as four bytes",
+        inExif([](Ifd &d) { d.bytes(0x9101, Undefined, QByteArray("\1\2\3\0", 4)); }),
+        [](const F &f) { return QString::number(f.exif().componentsConfiguration[2]); }, "3");
+    row(
+        "UserComment skips its character code",
+        inExif([](Ifd &d) { d.bytes(0x9286, Undefined, QByteArray("ASCII\0\0\0Hello", 13)); }),
+        [](const F &f) { return f.exif().userComment; }, "Hello");
 
-void TstExifDecoders::numberTexts_data()
-{
-    textColumns();
-    const auto row = [](const char *name, Build build, TextDecoder decoder, const char *text) {
-        QTest::newRow(name) << build << decoder << QString::fromLatin1(text);
-    };
-    using F = TM9File;
-    row("FNumber 28/10", exifRational(0x829D, 28, 10), &F::exif_0x829D_FNumberAsString, "2.8");
-    row("FNumber 8/1", exifRational(0x829D, 8, 1), &F::exif_0x829D_FNumberAsString, "8");
-    row("FNumber 0/0", exifRational(0x829D, 0, 0), &F::exif_0x829D_FNumberAsString, "0.0");
-    row("FNumber 3 digits", exifRational(0x829D, 1234, 100), &F::exif_0x829D_FNumberAsString,
-        "12.3");
-    row("ISO missing", nothing(), &F::exif_0x8827_ISOAsString, "0");
-    row("ExpCompensation -2/3", exifSRational(0x9204, -2, 3),
-        &F::exif_0x9204_ExpCompensationAsString, "-0.7");
-    row("ExpCompensation 0/1", exifSRational(0x9204, 0, 1), &F::exif_0x9204_ExpCompensationAsString,
-        "0.0");
-    row("ExpCompensation 1/0", exifSRational(0x9204, 1, 0), &F::exif_0x9204_ExpCompensationAsString,
-        "0.0");
-    row("MaxAperture always empty", exifRational(0x9205, 1, 1),
-        &F::exif_0x9205_MaxApertureValueAsString, "");
-    row("ShutterSpeed fraction dropped", exifRational(0x9201, 7965784, 1000000),
-        &F::exif_0x9201_ShutterSpeedValueAsString, "7");
-    row("ShutterSpeed 0/1", exifRational(0x9201, 0, 1), &F::exif_0x9201_ShutterSpeedValueAsString,
+    // Code tables: a quirk or the fallback of each kind.
+    row("SubfileType 0 keeps its trailing blank", inIfd0([](Ifd &d) { d.longValue(0x00FE, 0); }),
+        text(&F::exif_0xFE_SubfileTypeAsString), "Full-resolution Image ");
+    row("Compression 11 unknown", inIfd0([](Ifd &d) { d.shortValue(0x0103, 11); }),
+        text(&F::exif_0x103_CompressionAsString), "unbekannt");
+    row("ExpProgram 10 unknown", exifShort(0x8822, 10), text(&F::exif_0x8822_ExpProgAsString),
+        "n.a.");
+    row("MeteringMode 6", exifShort(0x9207, 6), text(&F::exif_0x9207_MeteringModeAsString),
+        "Partiell");
+    row("MeteringMode 0 unknown", exifShort(0x9207, 0), text(&F::exif_0x9207_MeteringModeAsString),
         "n.a");
-    row("Brightness 8 digits", exifSRational(0x9203, 1, 3), &F::exif_0x9203_BrightnessValueAsString,
-        "0.33333333");
-    row("Brightness missing", nothing(), &F::exif_0x9203_BrightnessValueAsString, "n.a");
-    row("CompressedBitsPerPixel 7/2", exifRational(0x9102, 7, 2),
-        &F::exif_0x9102_CompressedBitsPerPixelAsString, "3");
-    row("CompressedBitsPerPixel 0/1", exifRational(0x9102, 0, 1),
-        &F::exif_0x9102_CompressedBitsPerPixelAsString, "n.a");
-    row("FocalLength 245/10 truncated", exifRational(0x920A, 245, 10),
-        &F::exif_0x920A_FocalLengthAsString, "24");
-    row("FocalLength 50/0", exifRational(0x920A, 50, 0), &F::exif_0x920A_FocalLengthAsString, "0");
-    row("YResolution 300/0", ifd0([](Ifd &d) { d.rational(0x011B, 300, 0); }),
-        &F::exif_0x11B_YResolutionAsString, "0");
-    row("DigitalZoomRatio 0/0", exifRational(0xA404, 0, 0),
-        &F::exif_0xA404_DigitalZoomRatioAsString, "0");
-    row("AntiAliasStrength 3/2", ifd0([](Ifd &d) { d.rational(0xC632, 3, 2); }),
-        &F::exif_0xC632_AntiAliasStrengthAsString, "1");
-    row("Gamma 22/10", exifRational(0xA500, 22, 10), &F::exif_0xA500_GammaAsString, "2.2");
-    row("Gamma missing", nothing(), &F::exif_0xA500_GammaAsString, "0.0");
-}
+    row("Flash 0x11 not split into bits", exifShort(0x9209, 0x11),
+        text(&F::exif_0x9209_FlashAsString), "unbekannt");
 
-void TstExifDecoders::realValues_data()
-{
-    QTest::addColumn<Build>("build");
-    QTest::addColumn<RealDecoder>("decoder");
-    QTest::addColumn<double>("expected");
-    using F = TM9File;
-    QTest::newRow("Brightness 25/10 whole steps")
-        << exifSRational(0x9203, 25, 10) << RealDecoder(&F::exif_0x9203_BrightnessValueAsReal)
-        << 2.0;
-    QTest::newRow("Brightness -25/10 toward zero")
-        << exifSRational(0x9203, -25, 10) << RealDecoder(&F::exif_0x9203_BrightnessValueAsReal)
-        << -2.0;
-    QTest::newRow("Brightness smallest / -1")
-        << exifSRational(0x9203, INT32_MIN, -1)
-        << RealDecoder(&F::exif_0x9203_BrightnessValueAsReal) << 2147483648.0;
-    QTest::newRow("MaxAperture APEX 97/100")
-        << exifRational(0x9205, 97, 100) << RealDecoder(&F::exif_0x9205_MaxApertureValueAsReal)
-        << 0.97;
-    QTest::newRow("FocalLength 245/10")
-        << exifRational(0x920A, 245, 10) << RealDecoder(&F::exif_0x920A_FocalLengthAsReal) << 24.5;
-    QTest::newRow("FocalLength 0/0")
-        << exifRational(0x920A, 0, 0) << RealDecoder(&F::exif_0x920A_FocalLengthAsReal) << 0.0;
-    QTest::newRow("Gamma 5/0") << exifRational(0xA500, 5, 0)
-                               << RealDecoder(&F::exif_0xA500_GammaAsReal) << 0.0;
-}
-
-void TstExifDecoders::realValues()
-{
-    QFETCH(RealDecoder, decoder);
-    QFETCH(double, expected);
-    const auto file = loadFromData();
-    QCOMPARE((file.get()->*decoder)(), expected);
-}
-
-void TstExifDecoders::arrayTexts_data()
-{
-    textColumns();
-    const auto row = [](const char *name, Build build, TextDecoder decoder, const char *text) {
-        QTest::newRow(name) << build << decoder << QString::fromLatin1(text);
+    // ExposureTime: both texts.
+    const Read times = [](const F &f) {
+        return f.exif_0x829A_ExposureTimeAsString() + " | " + f.exif_0x829A_ExposureTimeAsString2();
     };
-    using F = TM9File;
-    row("BlackLevel 512", ifd0Longs(0xC61A, {512}), &F::exif_0XC61A_BlackLevelAsString, "512");
-    row("BlackLevel 0", ifd0Longs(0xC61A, {0}), &F::exif_0XC61A_BlackLevelAsString, "0");
-    row("BlackLevel missing", nothing(), &F::exif_0XC61A_BlackLevelAsString, "");
-    row("WhiteLevel 4095", ifd0Longs(0xC61D, {4095}), &F::exif_0xC61D_WhiteLevelAsString, "4095 ");
-    row("WhiteLevel missing", nothing(), &F::exif_0xC61D_WhiteLevelAsString, "");
-    row("DefaultCropOrigin 8 8", ifd0Longs(0xC61F, {8, 8}),
-        &F::exif_0xC61F_DefaultCropOriginAsString, "8 8");
-    row("DefaultCropSize first two of three", ifd0Longs(0xC620, {5200, 3456, 1}),
-        &F::exif_0xC620_DefaultCropSizeAsString, "5200 3456");
+    row("exposure 1/125", exifRational(0x829A, 1, 125), times, "1/125 | 125");
+    row("exposure 2/250 equals 1/125", exifRational(0x829A, 2, 250), times, "1/125 | 125");
+    row("exposure 1/15 is no nominal time", exifRational(0x829A, 1, 15), times, "n.a | n.a");
+    row("exposure 3/10 with a comma", exifRational(0x829A, 3, 10), times, "0,3 | 0,3");
+    row("exposure 13/10: whole seconds first", exifRational(0x829A, 13, 10), times, "1 | 1,3");
+    row("exposure 7/1: whole, not nominal", exifRational(0x829A, 7, 1), times, "7 | n.a");
+    row("exposure 0/125", exifRational(0x829A, 0, 125), times, "n.A. | n.A.");
+    row("exposure 1/0", exifRational(0x829A, 1, 0), times, "n.A. | n.A.");
+
+    // Number texts and reals.
+    row("FNumber 28/10", exifRational(0x829D, 28, 10), text(&F::exif_0x829D_FNumberAsString),
+        "2.8");
+    row("FNumber with 3 digits", exifRational(0x829D, 1234, 100),
+        text(&F::exif_0x829D_FNumberAsString), "12.3");
+    row("FNumber 0/0", exifRational(0x829D, 0, 0), text(&F::exif_0x829D_FNumberAsString), "0.0");
+    row("ExpCompensation -2/3, little-endian",
+        inExif([](Ifd &d) { d.srational(0x9204, -2, 3); }, little),
+        text(&F::exif_0x9204_ExpCompensationAsString), "-0.7");
+    row("ExpCompensation 1/0", exifSRational(0x9204, 1, 0),
+        text(&F::exif_0x9204_ExpCompensationAsString), "0.0");
+    row("MaxAperture text always empty", exifRational(0x9205, 1, 1),
+        text(&F::exif_0x9205_MaxApertureValueAsString), "");
+    row("ShutterSpeed fraction dropped", exifRational(0x9201, 7965784, 1000000),
+        text(&F::exif_0x9201_ShutterSpeedValueAsString), "7");
+    row("ShutterSpeed 0/1", exifRational(0x9201, 0, 1),
+        text(&F::exif_0x9201_ShutterSpeedValueAsString), "n.a");
+    row("Brightness with 8 digits", exifSRational(0x9203, 1, 3),
+        text(&F::exif_0x9203_BrightnessValueAsString), "0.33333333");
+    row("Brightness missing", m9File([](Ifd &, Ifd &) {}),
+        text(&F::exif_0x9203_BrightnessValueAsString), "n.a");
+    row("CompressedBitsPerPixel 0/1", exifRational(0x9102, 0, 1),
+        text(&F::exif_0x9102_CompressedBitsPerPixelAsString), "n.a");
+    row("FocalLength 245/10", exifRational(0x920A, 245, 10),
+        real({&F::exif_0x920A_FocalLengthAsReal}), "24.5");
+    row("FocalLength text truncated", exifRational(0x920A, 245, 10),
+        text(&F::exif_0x920A_FocalLengthAsString), "24");
+    row("FocalLength 50/0", exifRational(0x920A, 50, 0), text(&F::exif_0x920A_FocalLengthAsString),
+        "0");
+    row("FocalLength 0/0", exifRational(0x920A, 0, 0), real({&F::exif_0x920A_FocalLengthAsReal}),
+        "0");
+    row("Gamma 22/10", exifRational(0xA500, 22, 10), text(&F::exif_0xA500_GammaAsString), "2.2");
+    row("Gamma missing", m9File([](Ifd &, Ifd &) {}), text(&F::exif_0xA500_GammaAsString), "0.0");
+    const Read brightness = real({&F::exif_0x9203_BrightnessValueAsReal});
+    row("Brightness 25/10 in whole steps", exifSRational(0x9203, 25, 10), brightness, "2");
+    row("Brightness -25/10 toward zero", exifSRational(0x9203, -25, 10), brightness, "-2");
+    row("Brightness smallest / -1", exifSRational(0x9203, INT32_MIN, -1), brightness,
+        "2.14748e+09");
+    row("MaxAperture APEX 97/100", exifRational(0x9205, 97, 100),
+        real({&F::exif_0x9205_MaxApertureValueAsReal}), "0.97");
+
+    // Arrays.
+    row("BlackLevel 512, little-endian", inIfd0([](Ifd &d) { d.longValue(0xC61A, 512); }, little),
+        text(&F::exif_0XC61A_BlackLevelAsString), "512");
+    row("BlackLevel missing", m9File([](Ifd &, Ifd &) {}), text(&F::exif_0XC61A_BlackLevelAsString),
+        "");
+    row("WhiteLevel 4095", inIfd0([](Ifd &d) { d.longValue(0xC61D, 4095); }),
+        text(&F::exif_0xC61D_WhiteLevelAsString), "4095 ");
+    row("DefaultCropSize first two of three", inIfd0([](Ifd &d) {
+            d.longs(0xC620, {5200, 3456, 1});
+        }),
+        text(&F::exif_0xC620_DefaultCropSizeAsString), "5200 3456");
     // One value, pointing at the file's first bytes: "MM", 42.
-    row("DefaultCropSize one value", ifd0([](Ifd &d) { d.raw(0xC620, fixture::Long, 1, 0); }),
-        &F::exif_0xC620_DefaultCropSizeAsString, "1296891946 0");
-    row("DefaultCropSize missing", nothing(), &F::exif_0xC620_DefaultCropSizeAsString, "0 0");
-    row("CFARepeatPatternDim 2 2", ifd0Shorts(0x828D, {2, 2}),
-        &F::exif_0x828D_CFARepeatPatternDimAsString, "2 2");
-    row("CFAPattern 2x2",
-        ifd0([](Ifd &d) { d.bytes(0x828E, fixture::Byte, QByteArray("\x00\x01\x01\x02", 4)); }),
-        &F::exif_0x828E_CFAPattern2AsString, "0 1 1 2 ");
-    row("CFAPattern missing", nothing(), &F::exif_0x828E_CFAPattern2AsString, "");
-    row("SonyToneCurve", ifd0Shorts(0x7010, {0, 4096, 8192, 16383}),
-        &F::exif_0x7010_SonyToneCurveAsString, "0 4096 8192 16383");
-    row("SonyCropTopLeft", ifd0Longs(0x74C7, {16, 8}), &F::exif_0x74c7_SonyCropTopLeftAsString,
-        "16 8");
-    row("LensInfo zoom", lensInfo({{24, 1}, {70, 1}, {28, 10}, {28, 10}}),
-        &F::exif_0xA432_LensInfoAsString, "24mm/f2.8 - 70mm/2.8");
-    row("LensInfo prime", lensInfo({{50, 1}, {50, 1}, {14, 10}, {14, 10}}),
-        &F::exif_0xA432_LensInfoAsString, "50mm/f1.4");
-    row("LensInfo prime by truncation", lensInfo({{500, 10}, {505, 10}, {2, 1}, {2, 1}}),
-        &F::exif_0xA432_LensInfoAsString, "50mm/f2");
-    row("LensInfo unknown apertures", lensInfo({{18, 1}, {55, 1}, {0, 0}, {56, 10}}),
-        &F::exif_0xA432_LensInfoAsString, "18mm/f0 - 55mm/5.6");
-    row("LensInfo missing", nothing(), &F::exif_0xA432_LensInfoAsString, "0mm/f0");
+    row("DefaultCropSize one value", inIfd0([](Ifd &d) { d.raw(0xC620, Long, 1, 0); }),
+        text(&F::exif_0xC620_DefaultCropSizeAsString), "1296891946 0");
+    row("DefaultCropSize missing", m9File([](Ifd &, Ifd &) {}),
+        text(&F::exif_0xC620_DefaultCropSizeAsString), "0 0");
+    row("CFARepeatPatternDim keeps both SHORTs", inIfd0([](Ifd &d) {
+            d.shorts(0x828D, {2, 3});
+        }),
+        text(&F::exif_0x828D_CFARepeatPatternDimAsString), "2 3");
+    row("CFAPattern from the field, little-endian",
+        inIfd0([](Ifd &d) { d.bytes(0x828E, Byte, QByteArray("\0\1\1\2", 4)); }, little),
+        text(&F::exif_0x828E_CFAPattern2AsString), "0 1 1 2 ");
+    row("CFAPattern missing", m9File([](Ifd &, Ifd &) {}),
+        text(&F::exif_0x828E_CFAPattern2AsString), "");
+    row("Sony tone curve, little-endian",
+        inIfd0(
+            [](Ifd &d) {
+                d.shorts(0x7010, {0, 4096, 8192, 16383});
+            },
+            little),
+        text(&F::exif_0x7010_SonyToneCurveAsString), "0 4096 8192 16383");
+    const Read lens = text(&F::exif_0xA432_LensInfoAsString);
+    row("LensInfo zoom", lensInfo({{24, 1}, {70, 1}, {28, 10}, {28, 10}}), lens,
+        "24mm/f2.8 - 70mm/2.8");
+    row("LensInfo prime", lensInfo({{50, 1}, {50, 1}, {14, 10}, {14, 10}}), lens, "50mm/f1.4");
+    row("LensInfo prime by truncation", lensInfo({{500, 10}, {505, 10}, {2, 1}, {2, 1}}), lens,
+        "50mm/f2");
+    row("LensInfo unknown apertures", lensInfo({{18, 1}, {55, 1}, {0, 0}, {56, 10}}), lens,
+        "18mm/f0 - 55mm/5.6");
+    row("LensInfo missing", m9File([](Ifd &, Ifd &) {}), lens, "0mm/f0");
+
+    // Leica lens and frame selector, by id * 4 + frame code.
+    const Read lensFrame = [](const F &f) {
+        return f.leicaLensTypeAsString() + " | " + f.leicaFrameSelectorAsString();
+    };
+    const auto lensRow = [&](const char *name, quint32 code, const char *expected) {
+        row(name, sample([=](SampleM9 &o) { o.lensType = code; }), lensFrame, expected);
+    };
+    lensRow("uncoded", 0, "uncoded lens | n.a");
+    lensRow("code 1: id 0, frame 28/90", 1, "Elmarit-M 21mm f/2.8 | 28/90");
+    lensRow("id 0 with frame", 0 * 4 + 2, "Elmarit-M 21mm f/2.8 | 24/35");
+    lensRow("id 6, frame 0", 6 * 4 + 0, "Summilux-M 35mm f/1.4 | n.a");
+    lensRow("id 6, framed", 6 * 4 + 2, "Summicron-M 35mm f/2 (IV) | 24/35");
+    lensRow("Tri-Elmar at 21", 16 * 4 + 3, "'Tri-Elmar-M 16-18-21mm f/4 ASPH. (at 21mm) | 50/75");
+    lensRow("Noctilux framed", 31 * 4 + 3, " Noctilux-M 50mm f/1 | 50/75");
+    lensRow("id 2 gap", 2 * 4 + 1, "Unknown | 28/90");
+    lensRow("id 53 past the table", 53 * 4, "Unknown | n.a");
+    lensRow("id 257 kept as 1", 1028, "Elmarit-M 21mm f/2.8 | n.a");
+    lensRow("id 256 kept as 0", 1024, "uncoded lens | n.a");
+
+    const Read imageId = text(&F::leicaImageUniqueIDAsString);
+    const auto idRow = [&](const char *name, const char *id, const char *expected) {
+        row(name, sample([=](SampleM9 &o) { o.imageUniqueId = id; }), imageId, expected);
+    };
+    idRow("image ID: the camera's 32 digits", "00000000000000000000000000002a3f", "10815");
+    idRow("image ID beyond 32 bits signed", "80000000", "0");
+    idRow("image ID not hexadecimal", "00fg", "0");
+    row("image ID missing", m9File([](Ifd &, Ifd &) {}), imageId, "0");
+
+    // Composite values.
+    const auto exposure = [](std::pair<quint32, quint32> f, std::pair<quint32, quint32> t,
+                             int iso) {
+        return inExif([=](Ifd &d) {
+            d.rational(0x829A, t.first, t.second).rational(0x829D, f.first, f.second);
+            d.shortValue(0x8827, quint16(iso));
+        });
+    };
+    const Read lv = real({&F::composite_LightValue});
+    row("LV f/8 1/125 ISO 100", exposure({8, 1}, {1, 125}, 100), lv, "12.9658");
+    row("LV: ISO 199 counts as 100", exposure({8, 1}, {1, 125}, 199), lv, "12.9658");
+    row("LV: ISO 50 counts as 0", exposure({8, 1}, {1, 125}, 50), lv, "inf");
+    row("LV: FNumber 0/1", exposure({0, 1}, {1, 125}, 100), lv, "0");
+    row("LV: time 1/0, ISO 50", exposure({8, 1}, {1, 0}, 50), lv, "0");
+
+    // Scale factor, circle of confusion, focus distance (at focus position 0:
+    // (1/32 + 1) x focal35 / 1000) and hyperfocal distance, which divides by 0
+    // without an aperture text.
+    const auto lensFile = [](std::pair<quint32, quint32> focal, int focal35) {
+        return inExif([=](Ifd &d) {
+            d.rational(0x920A, focal.first, focal.second);
+            if (focal35 >= 0)
+                d.shortValue(0xA405, quint16(focal35));
+        });
+    };
+    const Read geometry = real({&F::composite_ScaleFactor35, &F::composite_CircleOfConfusion,
+                                &F::composite_FocusDistance, &F::composite_HyperfocalDistance});
+    row("35mm as 52mm", lensFile({35, 1}, 52), geometry, "0.673077 0.0446406 0.053625 inf");
+    row("FocalLength35 missing", lensFile({35, 1}, -1), geometry, "inf 0 0 inf");
+    row("FocalLength 0/1", lensFile({0, 1}, 50), geometry, "0 inf 0.0515625 nan");
+    row("no lens data", lensFile({0, 0}, 0), geometry, "nan nan 0 nan");
+}
+
+void TstExifDecoders::decode()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(Read, read);
+    const auto loaded = load(m_files, file);
+    QVERIFY(loaded);
+    QTEST(read(*loaded), "expected");
 }
 
 QTEST_MAIN(TstExifDecoders)
