@@ -2,10 +2,9 @@
 #define APPTEST_H
 
 // Helpers of the window tests: a settings store of their own, sample files,
-// answering message boxes and finding the form's widgets by name.
+// answering message boxes and reading the form's labels by name.
 
 #include "tests/support/samplem9.h"
-#include "tests/support/tiffbuilder.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -14,10 +13,8 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QStandardPaths>
-#include <QString>
 #include <QTemporaryDir>
 #include <QTimer>
-#include <QWidget>
 
 #include <memory>
 
@@ -37,18 +34,14 @@ inline void prepareApplication(const QString &settingsDir)
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
-// Writes a sample M9 DNG into dir and returns its path.
+// Writes a sample M9 DNG (or the given bytes) into dir and returns its path.
 inline QString writeSample(const QTemporaryDir &dir, const QString &name,
-                           const fixture::SampleM9 &options = {})
+                           const fixture::SampleM9 &options = {}, QByteArray bytes = {})
 {
     const QString path = dir.filePath(name);
-    return fixture::writeFile(path, fixture::sampleM9Dng(options)) ? path : QString();
-}
-
-inline QString writeBytes(const QTemporaryDir &dir, const QString &name, const QByteArray &data)
-{
-    const QString path = dir.filePath(name);
-    return fixture::writeFile(path, data) ? path : QString();
+    if (bytes.isNull())
+        bytes = fixture::sampleM9Dng(options);
+    return fixture::writeFile(path, bytes) ? path : QString();
 }
 
 // What a message box showed before the helper answered it.
@@ -77,12 +70,8 @@ inline std::shared_ptr<AnsweredBox> answerNextBox(QMessageBox::StandardButton bu
         }
         timer->stop();
         timer->deleteLater();
-        answer->seen = true;
-        answer->text = box->text();
-        answer->title = box->windowTitle();
-        answer->icon = box->icon();
-        answer->parent = box->parentWidget();
-        answer->defaultButton = box->standardButton(box->defaultButton());
+        *answer = {true,        box->text(),         box->windowTitle(),
+                   box->icon(), box->parentWidget(), box->standardButton(box->defaultButton())};
         if (QAbstractButton *b = box->button(button))
             b->click();
         else
@@ -98,27 +87,35 @@ inline QString labelText(const QWidget *window, const QString &name)
     return label ? label->text() : QStringLiteral("<no label %1>").arg(name);
 }
 
-// The value labels of the panel and header, in the order they are filled.
-inline QStringList valueLabels()
+// The value labels of the panel and header, with the panel row each shows.
+inline const QList<std::pair<QString, QString>> kPanelLabels = {
+    {"lblCamera", "Camera:"},
+    {"lblSerial", "Serial:"},
+    {"lblFirmware", "FW:"},
+    {"lblFileName", "FileName:"},
+    {"lblDateTime", "Date/Time:"},
+    {"lblISO", "ISO:"},
+    {"lblExpTime", "Exp.Time:"},
+    {"lblApprAperture", "Appr. Aperture:"},
+    {"lblMetering", "Metering:"},
+    {"lblExpProgram", "Exp.Program"},
+    {"lblExpCorrection", "Exp.Correction"},
+    {"lblFrameSelector", "Frame Selector:"},
+    {"lblFocalLength", "Focal Length:"},
+    {"lblLens", "Lens:"},
+    {"lblMeasuredLV", "MeasuredLV:"},
+    {"lblSensorBrightness", "ExternalSensorBrightness:"},
+    {"lblSensorTemperature", "SensorTemperature:"},
+    {"lblShutterID", "ImageID:"},
+};
+
+// The texts the panel's labels show now.
+inline QStringList shownTexts(const QWidget *window)
 {
-    return {QStringLiteral("lblFileName"),
-            QStringLiteral("lblDateTime"),
-            QStringLiteral("lblExpTime"),
-            QStringLiteral("lblCamera"),
-            QStringLiteral("lblISO"),
-            QStringLiteral("lblSerial"),
-            QStringLiteral("lblFirmware"),
-            QStringLiteral("lblApprAperture"),
-            QStringLiteral("lblMetering"),
-            QStringLiteral("lblExpProgram"),
-            QStringLiteral("lblExpCorrection"),
-            QStringLiteral("lblFocalLength"),
-            QStringLiteral("lblFrameSelector"),
-            QStringLiteral("lblLens"),
-            QStringLiteral("lblShutterID"),
-            QStringLiteral("lblMeasuredLV"),
-            QStringLiteral("lblSensorBrightness"),
-            QStringLiteral("lblSensorTemperature")};
+    QStringList texts;
+    for (const auto &label : kPanelLabels)
+        texts.append(labelText(window, label.first));
+    return texts;
 }
 
 } // namespace apptest

@@ -1,17 +1,24 @@
-// The window as a whole: how it starts, its menus and pictures, and quitting
-// with the settings written only on a confirmed quit.
+// The window as a whole: how it starts, quitting with the settings written
+// only on a confirmed quit, the context menu, dropping and opening files into
+// the panel, and the fold button.
 
 #include "apptest.h"
 #include "mainwindow.h"
 
+#include "exif/paneltexts.h"
+#include "rawfile/tm9file.h"
+
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QDir>
-#include <QImageReader>
+#include <QFrame>
+#include <QGraphicsView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QTest>
 #include <QToolButton>
+#include <QUrl>
 
 class TestWindow : public QObject {
     Q_OBJECT
@@ -21,14 +28,16 @@ private slots:
     void init();
 
     void startsFoldedWhateverTheStoredGeometry();
-    void menusAndPlaceholder();
-    void compiledInImages_data();
-    void compiledInImages();
     void quitting_data();
     void quitting();
     void contextMenuOfExternalPrograms_data();
     void contextMenuOfExternalPrograms();
-    void externalProgramCommand();
+    void fillsEveryLabel();
+    void rejectedFileLeavesPanel_data();
+    void rejectedFileLeavesPanel();
+    void drops_data();
+    void drops();
+    void foldButton();
 
 private:
     QTemporaryDir m_settings;
@@ -52,11 +61,9 @@ void TestWindow::startsFoldedWhateverTheStoredGeometry()
     {
         QWidget wide;
         wide.setGeometry(120, 80, 900, 700);
-        QSettings settings;
-        settings.setValue(QStringLiteral("MainWindow/geometry"), wide.saveGeometry());
+        QSettings().setValue(QStringLiteral("MainWindow/geometry"), wide.saveGeometry());
     }
     MainWindow window;
-    QCOMPARE(window.size(), QSize(344, 475));
     QCOMPARE(window.minimumSize(), QSize(344, 475));
     QCOMPARE(window.maximumSize(), QSize(344, 475));
     window.show();
@@ -76,38 +83,18 @@ void TestWindow::startsFoldedWhateverTheStoredGeometry()
     QVERIFY(window.acceptDrops());
     for (const char *readout : {"lblR", "lblG", "lblB"})
         QCOMPARE(apptest::labelText(&window, readout), QStringLiteral("-"));
-    for (const QString &name : apptest::valueLabels()) {
-        const bool header = name == "lblCamera" || name == "lblSerial" || name == "lblFirmware";
+    for (const auto &[name, row] : apptest::kPanelLabels) {
+        const bool header = row == "Camera:" || row == "Serial:" || row == "FW:";
         QCOMPARE(apptest::labelText(&window, name), header ? QString() : QStringLiteral("---"));
     }
-}
+    for (const char *image : {"leicalogo.bmp", "btn_Aufklappen.tiff", "btn_Zuklappen.tiff"})
+        QVERIFY2(!QImage(QStringLiteral(":/images/") + image).isNull(), image);
 
-void TestWindow::menusAndPlaceholder()
-{
     // The placeholder action exists but is offered nowhere.
-    MainWindow window;
     auto *placeholder = window.findChild<QAction *>(QStringLiteral("action"));
-    QVERIFY(placeholder);
     QCOMPARE(placeholder->text(), QStringLiteral("---"));
     for (QObject *user : placeholder->associatedObjects())
-        QVERIFY2(!qobject_cast<QMenu *>(user) && !qobject_cast<QMenuBar *>(user),
-                 "the placeholder action is in a menu");
-}
-
-void TestWindow::compiledInImages_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::newRow("logo") << QStringLiteral(":/images/leicalogo.bmp");
-    QTest::newRow("unfold arrow") << QStringLiteral(":/images/btn_Aufklappen.tiff");
-    QTest::newRow("fold arrow") << QStringLiteral(":/images/btn_Zuklappen.tiff");
-}
-
-void TestWindow::compiledInImages()
-{
-    QFETCH(QString, path);
-    QImageReader reader(path);
-    const QImage image = reader.read();
-    QVERIFY2(!image.isNull(), qPrintable(reader.errorString()));
+        QVERIFY(!qobject_cast<QMenu *>(user) && !qobject_cast<QMenuBar *>(user));
 }
 
 void TestWindow::quitting_data()
@@ -118,20 +105,15 @@ void TestWindow::quitting_data()
     QTest::addColumn<QString>("storedDirectory");
     QTest::addColumn<QString>("writtenDirectory"); // empty: nothing may be written
 
-    const int ok = QMessageBox::Ok;
-    const int cancel = QMessageBox::Cancel;
-    QTest::newRow("close button, Cancel") << "close" << cancel << false << ""
+    QTest::newRow("close button, Cancel") << "close" << int(QMessageBox::Cancel) << false << ""
                                           << "";
-    QTest::newRow("Exit after opening, Cancel") << "exit" << cancel << true << ""
-                                                << "";
-    QTest::newRow("Ctrl+Q, Cancel") << "ctrl+q" << cancel << false << ""
-                                    << "";
-    QTest::newRow("close button, OK, nothing opened") << "close" << ok << false << ""
-                                                      << "/Volumes";
-    QTest::newRow("Exit, OK, after opening") << "exit" << ok << true << ""
+    QTest::newRow("close button, OK, nothing opened")
+        << "close" << int(QMessageBox::Ok) << false << ""
+        << "/Volumes";
+    QTest::newRow("Exit, OK, after opening") << "exit" << int(QMessageBox::Ok) << true << ""
                                              << "<files>";
     QTest::newRow("Ctrl+Q, OK, stored relative directory")
-        << "ctrl+q" << ok << false << "photos/2012"
+        << "ctrl+q" << int(QMessageBox::Ok) << false << "photos/2012"
         << QDir::current().absoluteFilePath("photos/2012");
 }
 
@@ -196,10 +178,8 @@ void TestWindow::quitting()
 void TestWindow::contextMenuOfExternalPrograms_data()
 {
     QTest::addColumn<QStringList>("programs");
-    QTest::addColumn<QStringList>("offered");
-    QTest::newRow("no programs: no menu") << QStringList{} << QStringList{};
+    QTest::newRow("no programs: no menu") << QStringList{};
     QTest::newRow("programs in list order")
-        << QStringList{"/Applications/A.app", "/Applications/B & C.app"}
         << QStringList{"/Applications/A.app", "/Applications/B & C.app"};
 }
 
@@ -213,10 +193,8 @@ void TestWindow::contextMenuOfExternalPrograms()
 
     // The menu is modal: note what it offers and close it without a choice.
     QStringList offered;
-    bool shown = false;
     QTimer::singleShot(100, &window, [&] {
         if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) {
-            shown = true;
             for (const QAction *action : menu->actions())
                 offered.append(action->text());
             menu->close();
@@ -227,18 +205,156 @@ void TestWindow::contextMenuOfExternalPrograms()
     QApplication::sendEvent(&window, &event);
     QVERIFY(event.isAccepted());
     QTest::qWait(200);
-    QCOMPARE(shown, !programs.isEmpty());
-    QTEST(offered, "offered");
+    QCOMPARE(offered, programs);
+
+    QCOMPARE(MainWindow::externalProgramCommand("/Applications/B.app", "/x/y.dng"),
+             QStringLiteral("open -a \"/Applications/B.app\" \"/x/y.dng\" "));
+    QCOMPARE(MainWindow::externalProgramCommand("A.app", "y.dng"),
+             "open -a \"A.app\" \"" + QDir::current().filePath("y.dng") + "\" ");
 }
 
-void TestWindow::externalProgramCommand()
+void TestWindow::fillsEveryLabel()
 {
-    QCOMPARE(MainWindow::externalProgramCommand(QStringLiteral("/Applications/B.app"),
-                                                QStringLiteral("/x/y.dng")),
-             QStringLiteral("open -a \"/Applications/B.app\" \"/x/y.dng\" "));
-    QCOMPARE(MainWindow::externalProgramCommand(QStringLiteral("A.app"), QStringLiteral("y.dng")),
-             QStringLiteral("open -a \"A.app\" \"") + QDir::current().filePath("y.dng") +
-                 QStringLiteral("\" "));
+    // Each label shows its panel row; the rows themselves are checked with
+    // the panel texts.
+    fixture::SampleM9 options;
+    options.model = "M Monochrom";
+    options.temperature = -3;
+    const QString path = apptest::writeSample(m_files, QStringLiteral("L1002622.DNG"), options);
+    MainWindow window;
+    window.openFile(path);
+    TM9File file(path);
+    QVERIFY(file.processFile());
+    const auto rows = panelRows(panelTexts(file));
+    QCOMPARE(rows.size(), apptest::kPanelLabels.size());
+    for (int i = 0; i < rows.size(); ++i) {
+        QCOMPARE(rows[i].first, apptest::kPanelLabels[i].second);
+        QCOMPARE(apptest::labelText(&window, apptest::kPanelLabels[i].first), rows[i].second);
+    }
+}
+
+void TestWindow::rejectedFileLeavesPanel_data()
+{
+    QTest::addColumn<bool>("goodFirst");
+    QTest::addColumn<QString>("bad"); // a model, or a file that is not there
+    QTest::newRow("other camera after a good file") << true << "M8 Digital Camera";
+    QTest::newRow("missing file after a good file") << true << "";
+    QTest::newRow("other camera first") << false << "M8 Digital Camera";
+}
+
+void TestWindow::rejectedFileLeavesPanel()
+{
+    QFETCH(bool, goodFirst);
+    QFETCH(QString, bad);
+    fixture::SampleM9 options;
+    options.model = bad.toLatin1();
+    const QString badPath =
+        bad.isEmpty() ? m_files.filePath(QStringLiteral("gone.DNG"))
+                      : apptest::writeSample(m_files, QStringLiteral("L_M8.DNG"), options);
+
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto *view = window.findChild<QGraphicsView *>(QStringLiteral("graphicsView"));
+    if (goodFirst) {
+        options = {};
+        options.temperature = 31;
+        window.openFile(apptest::writeSample(m_files, QStringLiteral("L_good.DNG"), options));
+        QCOMPARE(apptest::labelText(&window, "lblSensorTemperature"), QStringLiteral("31C"));
+    }
+    const QStringList before = apptest::shownTexts(&window);
+    const QGraphicsScene *sceneBefore = view->scene();
+    const auto distribution = [&] {
+        return window.findChild<QLabel *>(QStringLiteral("lblRGBPic"))->pixmap().toImage();
+    };
+    const QImage distributionBefore = distribution();
+
+    auto box = apptest::answerNextBox(QMessageBox::Ok);
+    window.openFile(badPath);
+    QVERIFY(box->seen);
+    QCOMPARE(box->text, QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!"));
+    QCOMPARE(box->icon, QMessageBox::Warning);
+    QCOMPARE(box->title, QString());
+    QCOMPARE(box->parent, &window);
+
+    QCOMPARE(apptest::shownTexts(&window), before);
+    QCOMPARE(view->scene(), sceneBefore);
+    QCOMPARE(distribution(), distributionBefore);
+    QCOMPARE(window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"))->isEnabled(),
+             goodFirst);
+}
+
+void TestWindow::drops_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QString>("shown"); // "---": the drop is refused
+
+    QTest::newRow("a.DNG first, then JPEGs") << QStringList{"a.DNG", "b.jpg", "c.JPG"} << "a.DNG";
+    QTest::newRow("mixed-case suffix") << QStringList{"e.Dng", "a.DNG"} << "e.Dng";
+    QTest::newRow("JPEG first, then a.DNG") << QStringList{"b.jpg", "a.DNG"} << "---";
+    QTest::newRow("DNG only in the middle of the name") << QStringList{"f.DNG.jpg"} << "---";
+    QTest::newRow("no URLs at all") << QStringList{} << "---";
+}
+
+void TestWindow::drops()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QString, shown);
+    const bool accepted = shown != "---";
+
+    QList<QUrl> urls;
+    for (const QString &name : files) {
+        const bool jpeg = name.endsWith("jpg", Qt::CaseInsensitive);
+        urls << QUrl::fromLocalFile(apptest::writeSample(
+            m_files, name, {}, jpeg ? fixture::jpegPicture(16, 16, 0x808080) : QByteArray()));
+    }
+    QMimeData mime;
+    mime.setUrls(urls);
+    mime.setText(QStringLiteral("a.DNG"));
+
+    MainWindow window;
+    QDragEnterEvent enter(QPoint(20, 200), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &enter);
+    QCOMPARE(enter.isAccepted(), accepted);
+
+    // The drop handler tests the first URL again on its own.
+    QDropEvent drop(QPointF(20, 200), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &drop);
+    QCOMPARE(apptest::labelText(&window, "lblFileName"), shown);
+    QCOMPARE(window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"))->isEnabled(),
+             accepted);
+}
+
+void TestWindow::foldButton()
+{
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto *fold = window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"));
+    auto *panel = window.findChild<QFrame *>(QStringLiteral("frame_4"));
+    window.openFile(apptest::writeSample(m_files, QStringLiteral("L1000003.DNG")));
+    QVERIFY(fold->isEnabled());
+
+    // The arrow on the button and whether the preview panel lies inside the window.
+    const auto state = [&](const char *icon) {
+        const QRect inWindow(panel->mapTo(&window, QPoint(0, 0)), panel->size());
+        const auto image = [](const QImage &i) { return i.convertToFormat(QImage::Format_ARGB32); };
+        return std::pair(image(fold->icon().pixmap(QSize(16, 16)).toImage()) ==
+                             image(QImage(QStringLiteral(":/images/") + icon)),
+                         window.rect().contains(inWindow.topRight()));
+    };
+    QCOMPARE(state("btn_Aufklappen.tiff"), std::pair(true, false));
+    QTest::mouseClick(fold, Qt::LeftButton);
+    QCOMPARE(window.size(), QSize(650, 475));
+    QCOMPARE(state("btn_Zuklappen.tiff"), std::pair(true, true));
+    QTest::mouseClick(fold, Qt::LeftButton);
+    QCOMPARE(window.size(), QSize(344, 475));
+    QCOMPARE(state("btn_Aufklappen.tiff"), std::pair(true, false));
+
+    // Opening another file does not fold or unfold the window.
+    QTest::mouseClick(fold, Qt::LeftButton);
+    window.openFile(apptest::writeSample(m_files, QStringLiteral("L1000004.DNG")));
+    QCOMPARE(window.size(), QSize(650, 475));
 }
 
 QTEST_MAIN(TestWindow)
