@@ -95,52 +95,59 @@ void TstExifDecoders::decode_data()
 
     // What the walker stores, before any decoder.
     const Read width = [](const F &f) { return QString::number(f.exif().imageWidth); };
-    row("SHORT width, little-endian", inIfd0([](Ifd &d) { d.shortValue(0x0100, 320); }, little),
-        width, "320");
-    row("SHORT width, big-endian, read as LONG", inIfd0([](Ifd &d) { d.shortValue(0x0100, 320); }),
-        width, "20971520");
+    const auto shortWidth = [](Ifd &d) { d.shortValue(0x0100, 320); };
+    row("SHORT width, little-endian", inIfd0(shortWidth, little), width, "320");
+    row("SHORT width, big-endian, read as LONG", inIfd0(shortWidth), width, "20971520");
     const Read artist = [](const F &f) { return f.exif().artist; };
     row("short text in the field is read at the offset its bytes form",
         inIfd0([](Ifd &d) { d.ascii(0x013B, "ab"); }), artist, "");
     row("text out of line", inIfd0([](Ifd &d) { d.ascii(0x013B, "Anna Berg"); }), artist,
         "Anna Berg");
-    row(
-        "DNGVersion without trailing point",
-        inIfd0([](Ifd &d) { d.bytes(0xC612, Byte, QByteArray("\1\4\0\0", 4)); }),
-        [](const F &f) { return f.exif().dngVersion; }, "1.4.0.0");
-    row(
-        "ExifVersion as four characters",
-        inExif([](Ifd &d) { d.bytes(0x9000, Undefined, "0230"); }),
-        [](const F &f) { return f.exif().exifVersion; }, "0230");
-    row(
-        "FileSource, whole field, big-endian",
-        inExif([](Ifd &d) { d.bytes(0xA300, Undefined, "\3"); }),
-        [](const F &f) { return QString::number(f.exif().fileSource); }, "50331648");
-    row(
-        "DefaultCropSize keeps every value", inIfd0([](Ifd &d) {
-            d.longs(0xC620, {5200, 3456, 7});
+    const Read stored = [](const F &f) {
+        const TExifValues &v = f.exif();
+        return QStringList{v.dngVersion,
+                           v.exifVersion,
+                           QString::number(v.fileSource),
+                           QString::number(v.defaultCropSize.value(2)),
+                           QString::number(v.componentsConfiguration[2]),
+                           v.userComment}
+            .join(" | ");
+    };
+    row("versions, FileSource's whole field, every crop value, four bytes, UserComment's code",
+        m9File([](Ifd &ifd0, Ifd &exif) {
+            ifd0.bytes(0xC612, Byte, QByteArray("\1\4\0\0", 4)).longs(0xC620, {5200, 3456, 7});
+            exif.bytes(0x9000, Undefined, "0230").bytes(0xA300, Undefined, "\3");
+            exif.bytes(0x9101, Undefined, QByteArray("\1\2\3\0", 4));
+            exif.bytes(0x9286, Undefined, QByteArray("ASCII\0\0\0Hello", 13));
         }),
-        [](const F &f) { return QString::number(f.exif().defaultCropSize.value(2)); }, "7");
-    row(
-        "ComponentsConfiguration as four bytes",
-        inExif([](Ifd &d) { d.bytes(0x9101, Undefined, QByteArray("\1\2\3\0", 4)); }),
-        [](const F &f) { return QString::number(f.exif().componentsConfiguration[2]); }, "3");
-    row(
-        "UserComment skips its character code",
-        inExif([](Ifd &d) { d.bytes(0x9286, Undefined, QByteArray("ASCII\0\0\0Hello", 13)); }),
-        [](const F &f) { return f.exif().userComment; }, "Hello");
+        stored, "1.4.0.0 | 0230 | 50331648 | 7 | 3 | Hello");
+
+    // Every decoder of a value the file does not hold.
+    const Read missing = [](const F &f) {
+        return QStringList{f.exif_0x829A_ExposureTimeAsString(),
+                           f.exif_0x9203_BrightnessValueAsString(),
+                           f.exif_0x9102_CompressedBitsPerPixelAsString(),
+                           f.exif_0xA500_GammaAsString(),
+                           f.exif_0XC61A_BlackLevelAsString(),
+                           f.exif_0xC620_DefaultCropSizeAsString(),
+                           f.exif_0x828E_CFAPattern2AsString(),
+                           f.exif_0xA432_LensInfoAsString(),
+                           f.leicaImageUniqueIDAsString()}
+            .join(" | ");
+    };
+    row("nothing stored", m9File([](Ifd &, Ifd &) {}), missing,
+        "n.A. | n.a | n.a | 0.0 |  | 0 0 |  | 0mm/f0 | 0");
 
     // Code tables: a quirk or the fallback of each kind.
+    const Read metering = text(&F::exif_0x9207_MeteringModeAsString);
     row("SubfileType 0 keeps its trailing blank", inIfd0([](Ifd &d) { d.longValue(0x00FE, 0); }),
         text(&F::exif_0xFE_SubfileTypeAsString), "Full-resolution Image ");
     row("Compression 11 unknown", inIfd0([](Ifd &d) { d.shortValue(0x0103, 11); }),
         text(&F::exif_0x103_CompressionAsString), "unbekannt");
     row("ExpProgram 10 unknown", exifShort(0x8822, 10), text(&F::exif_0x8822_ExpProgAsString),
         "n.a.");
-    row("MeteringMode 6", exifShort(0x9207, 6), text(&F::exif_0x9207_MeteringModeAsString),
-        "Partiell");
-    row("MeteringMode 0 unknown", exifShort(0x9207, 0), text(&F::exif_0x9207_MeteringModeAsString),
-        "n.a");
+    row("MeteringMode 6", exifShort(0x9207, 6), metering, "Partiell");
+    row("MeteringMode 0 unknown", exifShort(0x9207, 0), metering, "n.a");
     row("Flash 0x11 not split into bits", exifShort(0x9209, 0x11),
         text(&F::exif_0x9209_FlashAsString), "unbekannt");
 
@@ -158,39 +165,28 @@ void TstExifDecoders::decode_data()
     row("exposure 1/0", exifRational(0x829A, 1, 0), times, "n.A. | n.A.");
 
     // Number texts and reals.
-    row("FNumber 28/10", exifRational(0x829D, 28, 10), text(&F::exif_0x829D_FNumberAsString),
-        "2.8");
-    row("FNumber with 3 digits", exifRational(0x829D, 1234, 100),
-        text(&F::exif_0x829D_FNumberAsString), "12.3");
-    row("FNumber 0/0", exifRational(0x829D, 0, 0), text(&F::exif_0x829D_FNumberAsString), "0.0");
+    const Read fNumber = text(&F::exif_0x829D_FNumberAsString);
+    const Read compensation = text(&F::exif_0x9204_ExpCompensationAsString);
+    const Read shutter = text(&F::exif_0x9201_ShutterSpeedValueAsString);
+    const Read focal = text(&F::exif_0x920A_FocalLengthAsString);
+    const Read brightness = real({&F::exif_0x9203_BrightnessValueAsReal});
+    row("FNumber 28/10", exifRational(0x829D, 28, 10), fNumber, "2.8");
+    row("FNumber with 3 digits", exifRational(0x829D, 1234, 100), fNumber, "12.3");
+    row("FNumber 0/0", exifRational(0x829D, 0, 0), fNumber, "0.0");
     row("ExpCompensation -2/3, little-endian",
-        inExif([](Ifd &d) { d.srational(0x9204, -2, 3); }, little),
-        text(&F::exif_0x9204_ExpCompensationAsString), "-0.7");
-    row("ExpCompensation 1/0", exifSRational(0x9204, 1, 0),
-        text(&F::exif_0x9204_ExpCompensationAsString), "0.0");
+        inExif([](Ifd &d) { d.srational(0x9204, -2, 3); }, little), compensation, "-0.7");
+    row("ExpCompensation 1/0", exifSRational(0x9204, 1, 0), compensation, "0.0");
     row("MaxAperture text always empty", exifRational(0x9205, 1, 1),
         text(&F::exif_0x9205_MaxApertureValueAsString), "");
-    row("ShutterSpeed fraction dropped", exifRational(0x9201, 7965784, 1000000),
-        text(&F::exif_0x9201_ShutterSpeedValueAsString), "7");
-    row("ShutterSpeed 0/1", exifRational(0x9201, 0, 1),
-        text(&F::exif_0x9201_ShutterSpeedValueAsString), "n.a");
+    row("ShutterSpeed fraction dropped", exifRational(0x9201, 7965784, 1000000), shutter, "7");
+    row("ShutterSpeed 0/1", exifRational(0x9201, 0, 1), shutter, "n.a");
     row("Brightness with 8 digits", exifSRational(0x9203, 1, 3),
         text(&F::exif_0x9203_BrightnessValueAsString), "0.33333333");
-    row("Brightness missing", m9File([](Ifd &, Ifd &) {}),
-        text(&F::exif_0x9203_BrightnessValueAsString), "n.a");
-    row("CompressedBitsPerPixel 0/1", exifRational(0x9102, 0, 1),
-        text(&F::exif_0x9102_CompressedBitsPerPixelAsString), "n.a");
+    row("FocalLength text truncated", exifRational(0x920A, 245, 10), focal, "24");
+    row("FocalLength 50/0", exifRational(0x920A, 50, 0), focal, "0");
     row("FocalLength 245/10", exifRational(0x920A, 245, 10),
         real({&F::exif_0x920A_FocalLengthAsReal}), "24.5");
-    row("FocalLength text truncated", exifRational(0x920A, 245, 10),
-        text(&F::exif_0x920A_FocalLengthAsString), "24");
-    row("FocalLength 50/0", exifRational(0x920A, 50, 0), text(&F::exif_0x920A_FocalLengthAsString),
-        "0");
-    row("FocalLength 0/0", exifRational(0x920A, 0, 0), real({&F::exif_0x920A_FocalLengthAsReal}),
-        "0");
     row("Gamma 22/10", exifRational(0xA500, 22, 10), text(&F::exif_0xA500_GammaAsString), "2.2");
-    row("Gamma missing", m9File([](Ifd &, Ifd &) {}), text(&F::exif_0xA500_GammaAsString), "0.0");
-    const Read brightness = real({&F::exif_0x9203_BrightnessValueAsReal});
     row("Brightness 25/10 in whole steps", exifSRational(0x9203, 25, 10), brightness, "2");
     row("Brightness -25/10 toward zero", exifSRational(0x9203, -25, 10), brightness, "-2");
     row("Brightness smallest / -1", exifSRational(0x9203, INT32_MIN, -1), brightness,
@@ -199,21 +195,18 @@ void TstExifDecoders::decode_data()
         real({&F::exif_0x9205_MaxApertureValueAsReal}), "0.97");
 
     // Arrays.
+    const Read crop = text(&F::exif_0xC620_DefaultCropSizeAsString);
     row("BlackLevel 512, little-endian", inIfd0([](Ifd &d) { d.longValue(0xC61A, 512); }, little),
         text(&F::exif_0XC61A_BlackLevelAsString), "512");
-    row("BlackLevel missing", m9File([](Ifd &, Ifd &) {}), text(&F::exif_0XC61A_BlackLevelAsString),
-        "");
     row("WhiteLevel 4095", inIfd0([](Ifd &d) { d.longValue(0xC61D, 4095); }),
         text(&F::exif_0xC61D_WhiteLevelAsString), "4095 ");
     row("DefaultCropSize first two of three", inIfd0([](Ifd &d) {
             d.longs(0xC620, {5200, 3456, 1});
         }),
-        text(&F::exif_0xC620_DefaultCropSizeAsString), "5200 3456");
+        crop, "5200 3456");
     // One value, pointing at the file's first bytes: "MM", 42.
-    row("DefaultCropSize one value", inIfd0([](Ifd &d) { d.raw(0xC620, Long, 1, 0); }),
-        text(&F::exif_0xC620_DefaultCropSizeAsString), "1296891946 0");
-    row("DefaultCropSize missing", m9File([](Ifd &, Ifd &) {}),
-        text(&F::exif_0xC620_DefaultCropSizeAsString), "0 0");
+    row("DefaultCropSize one value", inIfd0([](Ifd &d) { d.raw(0xC620, Long, 1, 0); }), crop,
+        "1296891946 0");
     row("CFARepeatPatternDim keeps both SHORTs", inIfd0([](Ifd &d) {
             d.shorts(0x828D, {2, 3});
         }),
@@ -221,14 +214,8 @@ void TstExifDecoders::decode_data()
     row("CFAPattern from the field, little-endian",
         inIfd0([](Ifd &d) { d.bytes(0x828E, Byte, QByteArray("\0\1\1\2", 4)); }, little),
         text(&F::exif_0x828E_CFAPattern2AsString), "0 1 1 2 ");
-    row("CFAPattern missing", m9File([](Ifd &, Ifd &) {}),
-        text(&F::exif_0x828E_CFAPattern2AsString), "");
-    row("Sony tone curve, little-endian",
-        inIfd0(
-            [](Ifd &d) {
-                d.shorts(0x7010, {0, 4096, 8192, 16383});
-            },
-            little),
+    const auto toneCurve = [](Ifd &d) { d.shorts(0x7010, {0, 4096, 8192, 16383}); };
+    row("Sony tone curve, little-endian", inIfd0(toneCurve, little),
         text(&F::exif_0x7010_SonyToneCurveAsString), "0 4096 8192 16383");
     const Read lens = text(&F::exif_0xA432_LensInfoAsString);
     row("LensInfo zoom", lensInfo({{24, 1}, {70, 1}, {28, 10}, {28, 10}}), lens,
@@ -238,7 +225,6 @@ void TstExifDecoders::decode_data()
         "50mm/f2");
     row("LensInfo unknown apertures", lensInfo({{18, 1}, {55, 1}, {0, 0}, {56, 10}}), lens,
         "18mm/f0 - 55mm/5.6");
-    row("LensInfo missing", m9File([](Ifd &, Ifd &) {}), lens, "0mm/f0");
 
     // Leica lens and frame selector, by id * 4 + frame code.
     const Read lensFrame = [](const F &f) {
@@ -259,46 +245,44 @@ void TstExifDecoders::decode_data()
     lensRow("id 257 kept as 1", 1028, "Elmarit-M 21mm f/2.8 | n.a");
     lensRow("id 256 kept as 0", 1024, "uncoded lens | n.a");
 
-    const Read imageId = text(&F::leicaImageUniqueIDAsString);
     const auto idRow = [&](const char *name, const char *id, const char *expected) {
-        row(name, sample([=](SampleM9 &o) { o.imageUniqueId = id; }), imageId, expected);
+        row(name, sample([=](SampleM9 &o) { o.imageUniqueId = id; }),
+            text(&F::leicaImageUniqueIDAsString), expected);
     };
     idRow("image ID: the camera's 32 digits", "00000000000000000000000000002a3f", "10815");
     idRow("image ID beyond 32 bits signed", "80000000", "0");
     idRow("image ID not hexadecimal", "00fg", "0");
-    row("image ID missing", m9File([](Ifd &, Ifd &) {}), imageId, "0");
 
     // Composite values.
-    const auto exposure = [](std::pair<quint32, quint32> f, std::pair<quint32, quint32> t,
-                             int iso) {
+    const auto exposure = [](Fractions fAndTime, int iso) {
         return inExif([=](Ifd &d) {
-            d.rational(0x829A, t.first, t.second).rational(0x829D, f.first, f.second);
-            d.shortValue(0x8827, quint16(iso));
+            d.rational(0x829D, fAndTime[0].first, fAndTime[0].second);
+            d.rational(0x829A, fAndTime[1].first, fAndTime[1].second).shortValue(0x8827, iso);
         });
     };
     const Read lv = real({&F::composite_LightValue});
-    row("LV f/8 1/125 ISO 100", exposure({8, 1}, {1, 125}, 100), lv, "12.9658");
-    row("LV: ISO 199 counts as 100", exposure({8, 1}, {1, 125}, 199), lv, "12.9658");
-    row("LV: ISO 50 counts as 0", exposure({8, 1}, {1, 125}, 50), lv, "inf");
-    row("LV: FNumber 0/1", exposure({0, 1}, {1, 125}, 100), lv, "0");
-    row("LV: time 1/0, ISO 50", exposure({8, 1}, {1, 0}, 50), lv, "0");
+    row("LV f/8 1/125 ISO 100", exposure({{8, 1}, {1, 125}}, 100), lv, "12.9658");
+    row("LV: ISO 199 counts as 100", exposure({{8, 1}, {1, 125}}, 199), lv, "12.9658");
+    row("LV: ISO 50 counts as 0", exposure({{8, 1}, {1, 125}}, 50), lv, "inf");
+    row("LV: FNumber 0/1", exposure({{0, 1}, {1, 125}}, 100), lv, "0");
+    row("LV: time 1/0, ISO 50", exposure({{8, 1}, {1, 0}}, 50), lv, "0");
 
     // Scale factor, circle of confusion, focus distance (at focus position 0:
     // (1/32 + 1) x focal35 / 1000) and hyperfocal distance, which divides by 0
     // without an aperture text.
-    const auto lensFile = [](std::pair<quint32, quint32> focal, int focal35) {
+    const auto lensFile = [](quint32 num, quint32 den, int focal35) {
         return inExif([=](Ifd &d) {
-            d.rational(0x920A, focal.first, focal.second);
+            d.rational(0x920A, num, den);
             if (focal35 >= 0)
                 d.shortValue(0xA405, quint16(focal35));
         });
     };
     const Read geometry = real({&F::composite_ScaleFactor35, &F::composite_CircleOfConfusion,
                                 &F::composite_FocusDistance, &F::composite_HyperfocalDistance});
-    row("35mm as 52mm", lensFile({35, 1}, 52), geometry, "0.673077 0.0446406 0.053625 inf");
-    row("FocalLength35 missing", lensFile({35, 1}, -1), geometry, "inf 0 0 inf");
-    row("FocalLength 0/1", lensFile({0, 1}, 50), geometry, "0 inf 0.0515625 nan");
-    row("no lens data", lensFile({0, 0}, 0), geometry, "nan nan 0 nan");
+    row("35mm as 52mm", lensFile(35, 1, 52), geometry, "0.673077 0.0446406 0.053625 inf");
+    row("FocalLength35 missing", lensFile(35, 1, -1), geometry, "inf 0 0 inf");
+    row("FocalLength 0/1", lensFile(0, 1, 50), geometry, "0 inf 0.0515625 nan");
+    row("no lens data", lensFile(0, 0, 0), geometry, "nan nan 0 nan");
 }
 
 void TstExifDecoders::decode()

@@ -7,38 +7,15 @@
 
 namespace fixture {
 
-Ifd &Ifd::add(quint16 tag, quint16 type, quint32 count, QList<std::pair<int, quint32>> units)
+Ifd &Ifd::add(quint16 tag, quint16 type, qsizetype count, int width, QList<quint32> values)
 {
     Entry &e = m_entries.emplace_back();
     e.tag = tag;
     e.type = type;
-    e.count = count;
-    e.units = std::move(units);
+    e.count = quint32(count);
+    e.width = width;
+    e.values = std::move(values);
     return *this;
-}
-
-Ifd &Ifd::shorts(quint16 tag, const QList<quint16> &values)
-{
-    QList<std::pair<int, quint32>> units;
-    for (quint16 v : values)
-        units.append({2, v});
-    return add(tag, Short, quint32(values.size()), units);
-}
-
-Ifd &Ifd::longs(quint16 tag, const QList<quint32> &values)
-{
-    QList<std::pair<int, quint32>> units;
-    for (quint32 v : values)
-        units.append({4, v});
-    return add(tag, Long, quint32(values.size()), units);
-}
-
-Ifd &Ifd::bytes(quint16 tag, quint16 type, const QByteArray &data)
-{
-    QList<std::pair<int, quint32>> units;
-    for (char c : data)
-        units.append({1, quint8(c)});
-    return add(tag, type, quint32(data.size()), units);
 }
 
 Ifd &Ifd::ascii(quint16 tag, const QByteArray &text, bool outOfLine)
@@ -50,15 +27,10 @@ Ifd &Ifd::ascii(quint16 tag, const QByteArray &text, bool outOfLine)
 
 Ifd &Ifd::rationals(quint16 tag, const Fractions &values)
 {
-    QList<std::pair<int, quint32>> units;
+    QList<quint32> parts;
     for (const auto &[num, den] : values)
-        units << std::pair(4, num) << std::pair(4, den);
-    return add(tag, Rational, quint32(values.size()), units);
-}
-
-Ifd &Ifd::srational(quint16 tag, qint32 num, qint32 den)
-{
-    return add(tag, SRational, 1, {{4, quint32(num)}, {4, quint32(den)}});
+        parts << num << den;
+    return add(tag, Rational, values.size(), 4, parts);
 }
 
 Ifd &Ifd::offsetTo(quint16 tag, const QByteArray &block, std::optional<quint16> lengthTag)
@@ -69,8 +41,7 @@ Ifd &Ifd::offsetTo(quint16 tag, const QByteArray &block, std::optional<quint16> 
 
 Ifd &Ifd::child(quint16 tag, IfdPtr directory, bool asBlock)
 {
-    add(tag, asBlock ? Undefined : Long, 1);
-    m_entries.last().child = std::move(directory);
+    add(tag, asBlock ? Undefined : Long, 1).m_entries.last().child = std::move(directory);
     m_entries.last().childAsBlock = asBlock;
     return *this;
 }
@@ -78,24 +49,6 @@ Ifd &Ifd::child(quint16 tag, IfdPtr directory, bool asBlock)
 Ifd &Ifd::raw(quint16 tag, quint16 type, quint32 count, quint32 field)
 {
     add(tag, type, count).m_entries.last().rawField = field;
-    return *this;
-}
-
-Ifd &Ifd::next(IfdPtr directory)
-{
-    m_next = std::move(directory);
-    return *this;
-}
-
-Ifd &Ifd::nextRaw(quint32 offset)
-{
-    m_nextRaw = offset;
-    return *this;
-}
-
-Ifd &Ifd::forceEntryCount(quint16 count)
-{
-    m_forcedCount = count;
     return *this;
 }
 
@@ -158,10 +111,10 @@ public:
                 placeAt(field, e.block);
             } else {
                 Writer value(m_order);
-                for (const auto &[width, v] : e.units) {
-                    if (width == 1)
+                for (quint32 v : e.values) {
+                    if (e.width == 1)
                         value.out.append(char(v));
-                    else if (width == 2)
+                    else if (e.width == 2)
                         value.put16(quint16(v));
                     else
                         value.put32(v);

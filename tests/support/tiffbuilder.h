@@ -37,17 +37,26 @@ public:
     static IfdPtr make() { return std::make_shared<Ifd>(); }
 
     // Values are kept in the field when they fit (4 bytes or fewer).
-    Ifd &shortValue(quint16 tag, quint16 value) { return shorts(tag, {value}); }
-    Ifd &shorts(quint16 tag, const QList<quint16> &values);
-    Ifd &longValue(quint16 tag, quint32 value) { return longs(tag, {value}); }
-    Ifd &longs(quint16 tag, const QList<quint32> &values);
-    Ifd &slong(quint16 tag, qint32 value) { return add(tag, SLong, 1, {{4, quint32(value)}}); }
-    Ifd &bytes(quint16 tag, quint16 type, const QByteArray &data);
+    Ifd &shortValue(quint16 tag, quint16 value) { return add(tag, Short, 1, 2, {value}); }
+    Ifd &shorts(quint16 tag, const QList<quint16> &v)
+    {
+        return add(tag, Short, v.size(), 2, widen(v));
+    }
+    Ifd &longValue(quint16 tag, quint32 value) { return add(tag, Long, 1, 4, {value}); }
+    Ifd &longs(quint16 tag, const QList<quint32> &v) { return add(tag, Long, v.size(), 4, v); }
+    Ifd &slong(quint16 tag, qint32 value) { return add(tag, SLong, 1, 4, {quint32(value)}); }
+    Ifd &bytes(quint16 tag, quint16 type, const QByteArray &b)
+    {
+        return add(tag, type, b.size(), 1, widen(b));
+    }
     // Text with its terminator; outOfLine places it behind the IFD even when short.
     Ifd &ascii(quint16 tag, const QByteArray &text, bool outOfLine = false);
     Ifd &rational(quint16 tag, quint32 num, quint32 den) { return rationals(tag, {{num, den}}); }
     Ifd &rationals(quint16 tag, const Fractions &values);
-    Ifd &srational(quint16 tag, qint32 num, qint32 den);
+    Ifd &srational(quint16 tag, qint32 num, qint32 den)
+    {
+        return add(tag, SRational, 1, 4, {quint32(num), quint32(den)});
+    }
 
     // A LONG holding the offset of a data block written elsewhere in the file
     // (strips, JPEG thumbnails); lengthTag, when given, gets the block's size.
@@ -58,9 +67,9 @@ public:
     // The field written verbatim (in file byte order) with any type and count.
     Ifd &raw(quint16 tag, quint16 type, quint32 count, quint32 field);
 
-    Ifd &next(IfdPtr directory);
-    Ifd &nextRaw(quint32 offset);        // a next-IFD offset written as given
-    Ifd &forceEntryCount(quint16 count); // written instead of the real count
+    Ifd &next(IfdPtr directory) { return set(m_next, std::move(directory)); }
+    Ifd &nextRaw(quint32 offset) { return set(m_nextRaw, offset); } // written as given
+    Ifd &forceEntryCount(quint16 count) { return set(m_forcedCount, count); }
     int entryCount() const { return int(m_entries.size()); }
 
 private:
@@ -68,14 +77,24 @@ private:
     struct Entry {
         quint16 tag = 0, type = 0;
         quint32 count = 0;
-        QList<std::pair<int, quint32>> units; // (byte width, value), put in file order
+        int width = 1; // of each value, put in file byte order on writing
+        QList<quint32> values;
         bool outOfLine = false;
         QByteArray block;
         IfdPtr child;
         bool childAsBlock = false;
         std::optional<quint32> rawField;
     };
-    Ifd &add(quint16 tag, quint16 type, quint32 count, QList<std::pair<int, quint32>> units = {});
+    Ifd &add(quint16 tag, quint16 type, qsizetype count, int width = 1, QList<quint32> values = {});
+    template <typename L> static QList<quint32> widen(const L &list)
+    {
+        return {list.begin(), list.end()};
+    }
+    template <typename T, typename V> Ifd &set(T &member, V value)
+    {
+        member = std::move(value);
+        return *this;
+    }
     QList<Entry> m_entries;
     IfdPtr m_next;
     std::optional<quint32> m_nextRaw;
