@@ -14,21 +14,6 @@
 #include <QToolButton>
 #include <cstdio>
 
-namespace {
-
-bool save(QWidget &window, const QString &path)
-{
-    QTest::qWait(50);
-    if (!window.grab().save(path)) {
-        std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
-        return false;
-    }
-    std::printf("%s\n", qPrintable(path));
-    return true;
-}
-
-} // namespace
-
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
@@ -47,8 +32,15 @@ int main(int argc, char *argv[])
     if (!QTest::qWaitForWindowExposed(&window))
         return 1;
     window.openFile(args[1]);
-    const QString dir = args[2] + QLatin1Char('/');
-    if (!save(window, dir + QStringLiteral("folded.png")))
+    const auto save = [&](const char *name) {
+        QTest::qWait(50);
+        const QString path = args[2] + QLatin1Char('/') + QLatin1String(name);
+        const bool saved = window.grab().save(path);
+        std::fprintf(saved ? stdout : stderr, saved ? "%s\n" : "cannot write %s\n",
+                     qPrintable(path));
+        return saved;
+    };
+    if (!save("folded.png"))
         return 1;
 
     window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"))->click();
@@ -59,5 +51,5 @@ int main(int argc, char *argv[])
     QMouseEvent move(QEvent::MouseMove, at, view->viewport()->mapToGlobal(at), Qt::NoButton,
                      Qt::NoButton, Qt::NoModifier);
     QApplication::sendEvent(view->viewport(), &move);
-    return save(window, dir + QStringLiteral("unfolded.png")) ? 0 : 1;
+    return save("unfolded.png") ? 0 : 1;
 }

@@ -149,4 +149,14 @@ QByteArray sampleM9Dng(const SampleM9 &options)
     return tiff(options.order, sampleIfd0(options));
 }
 
+QByteArray m9File(const Build &build, Order order)
+{
+    auto ifd0 = Ifd::make();
+    auto exif = Ifd::make();
+    ifd0->ascii(0x010F, "Leica Camera AG").ascii(0x0110, "M9 Digital Camera");
+    build(*ifd0, *exif);
+    ifd0->child(0x8769, exif);
+    return tiff(order, ifd0);
+}
+
 } // namespace fixture

@@ -10,6 +10,8 @@
 
 #include <QImage>
 
+#include <functional>
+
 namespace fixture {
 
 struct SampleM9 {
@@ -28,6 +30,11 @@ struct SampleM9 {
 
 IfdPtr sampleIfd0(const SampleM9 &options);
 QByteArray sampleM9Dng(const SampleM9 &options = {});
+
+// A small M9 file without maker note: Make and Model in IFD0, an Exif IFD,
+// and the entries build adds to each.
+using Build = std::function<void(Ifd &ifd0, Ifd &exif)>;
+QByteArray m9File(const Build &build, Order order = Order::Big);
 
 } // namespace fixture
 
