@@ -1,10 +1,16 @@
-// The decoders of standard, Leica and composite values, and what the walker
-// stores for them: each row writes a small file, reads it as the viewer does
-// and compares one text.
+// The decoders of standard, Leica and composite values, what the walker stores
+// for them and the panel's texts: each row writes a small file, reads it as
+// the viewer does and compares one text. Then a cross-check with exiftool.
 
+#include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 #include "tests/support/samplem9.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QtTest>
 
 using namespace fixture;
@@ -67,6 +73,19 @@ Read real(std::initializer_list<double (F::*)() const> decoders)
     };
 }
 
+// The panel's rows, or the value of one of them.
+Read panel(const QString &label = {})
+{
+    return [=](const F &f) {
+        QStringList lines;
+        for (const auto &[rowLabel, value] : panelRows(panelTexts(f))) {
+            if (label.isEmpty() || rowLabel == label)
+                lines.append(label.isEmpty() ? rowLabel + ' ' + value : value);
+        }
+        return lines.join('\n');
+    };
+}
+
 void row(const char *name, const QByteArray &file, const Read &read, const char *expected)
 {
     QTest::newRow(name) << file << read << QString::fromUtf8(expected);
@@ -80,6 +99,8 @@ class TstExifDecoders : public QObject {
 private slots:
     void decode_data();
     void decode();
+    void exiftoolAgrees_data();
+    void exiftoolAgrees();
 
 private:
     TempFiles m_files;
@@ -282,6 +303,26 @@ void TstExifDecoders::decode_data()
     row("FocalLength35 missing", lensFile(35, 1, -1), geometry, "inf 0 0 inf");
     row("FocalLength 0/1", lensFile(0, 1, 50), geometry, "0 inf 0.0515625 nan");
     row("no lens data", lensFile(0, 0, 0), geometry, "nan nan 0 nan");
+    // The panel, as the window, the report and the CLI show it.
+    row("panel of the sample", sampleM9Dng(), panel(),
+        "Camera: M9 Digital Camera\nSerial: 3912204\nFW: 1.196\nFileName: L1002622.DNG\n"
+        "Date/Time: 2012:06:17 14:32:05\nISO: 160\nExp.Time: 1/250 sec\n"
+        "Appr. Aperture: 5.0\nMetering: Center-weighted average\n"
+        "Exp.Program Av [Aperture-priority]\nExp.Correction -0.7\nFrame Selector: 50/75\n"
+        "Focal Length: 50mm\nLens: Summilux-M 50mm f/1.4 ASPH.\nMeasuredLV: 12.35\n"
+        "ExternalSensorBrightness: 9.88\nSensorTemperature: 24C\nImageID: 10815");
+    const auto exposed = [](quint32 num, quint32 den) {
+        return sample([=](SampleM9 &o) { o.exposureTime = {num, den}; });
+    };
+    row("panel exposure 0/1", exposed(0, 1), panel("Exp.Time:"), "n.a");
+    row("panel exposure 1/0", exposed(1, 0), panel("Exp.Time:"), "n.a");
+    row("panel exposure 1/15 is no nominal time", exposed(1, 15), panel("Exp.Time:"), "n.a sec");
+    row("panel temperature below zero", sample([](SampleM9 &o) { o.temperature = -3; }),
+        panel("SensorTemperature:"), "-3C");
+    auto software = sampleIfd0({});
+    software->ascii(0x0131, "9.9.9");
+    row("panel firmware of the maker note, not Software", tiff(Order::Big, software), panel("FW:"),
+        "1.196");
 }
 
 void TstExifDecoders::decode()
@@ -291,6 +332,46 @@ void TstExifDecoders::decode()
     TM9File loaded(m_files.write("L1002622.DNG", file));
     loaded.processFile();
     QTEST(read(loaded), "expected");
+}
+
+// What exiftool reads from camera-like files, for the values both name the same way.
+void TstExifDecoders::exiftoolAgrees_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    SampleM9 options;
+    options.iso = 200;
+    QTest::newRow("big-endian, Summilux 50") << sampleM9Dng(options);
+    options.order = Order::Little;
+    options.iso = 400;
+    options.lensType = 28 * 4 + 1;
+    options.temperature = -7;
+    QTest::newRow("little-endian, Elmarit 28, frost") << sampleM9Dng(options);
+}
+
+void TstExifDecoders::exiftoolAgrees()
+{
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("exiftool"));
+    if (program.isEmpty())
+        QSKIP("exiftool is not installed");
+    QFETCH(QByteArray, file);
+    const QString path = m_files.write("L1002622.DNG", file);
+    TM9File loaded(path);
+    QVERIFY(loaded.processFile());
+
+    // A tag name with # asks for the number instead of the print text.
+    QProcess exiftool;
+    exiftool.start(program, {"-j", "-ExposureTime", "-LensType", "-SerialNumber", "-ISO#",
+                             "-CameraTemperature#", "-LightValue#", path});
+    QVERIFY(exiftool.waitForFinished(60000) && exiftool.exitCode() == 0);
+    const QJsonObject tags =
+        QJsonDocument::fromJson(exiftool.readAllStandardOutput()).array().at(0).toObject();
+    QCOMPARE(loaded.exif_0x8827_ISOAsString(), QString::number(tags["ISO"].toInt()));
+    QCOMPARE(loaded.exif_0x829A_ExposureTimeAsString(), tags["ExposureTime"].toString());
+    QCOMPARE(loaded.leicaLensTypeAsString(), tags["LensType"].toString());
+    QCOMPARE(loaded.leica().serialNumber, tags["SerialNumber"].toVariant().toString());
+    QCOMPARE(loaded.leica().cameraTemperature, tags["CameraTemperature"].toInt());
+    // ISO in whole hundreds, where the light value's truncation changes nothing.
+    QVERIFY(qAbs(loaded.composite_LightValue() - tags["LightValue"].toDouble()) < 1e-6);
 }
 
 QTEST_MAIN(TstExifDecoders)
