@@ -87,34 +87,22 @@ inline QString labelText(const QWidget *window, const QString &name)
     return label ? label->text() : QStringLiteral("<no label %1>").arg(name);
 }
 
-// The value labels of the panel and header, with the panel row each shows.
-inline const QList<std::pair<QString, QString>> kPanelLabels = {
-    {"lblCamera", "Camera:"},
-    {"lblSerial", "Serial:"},
-    {"lblFirmware", "FW:"},
-    {"lblFileName", "FileName:"},
-    {"lblDateTime", "Date/Time:"},
-    {"lblISO", "ISO:"},
-    {"lblExpTime", "Exp.Time:"},
-    {"lblApprAperture", "Appr. Aperture:"},
-    {"lblMetering", "Metering:"},
-    {"lblExpProgram", "Exp.Program"},
-    {"lblExpCorrection", "Exp.Correction"},
-    {"lblFrameSelector", "Frame Selector:"},
-    {"lblFocalLength", "Focal Length:"},
-    {"lblLens", "Lens:"},
-    {"lblMeasuredLV", "MeasuredLV:"},
-    {"lblSensorBrightness", "ExternalSensorBrightness:"},
-    {"lblSensorTemperature", "SensorTemperature:"},
-    {"lblShutterID", "ImageID:"},
-};
+// The value labels of the panel and header, in the order of the panel's rows.
+inline QStringList valueLabels()
+{
+    return QStringLiteral("lblCamera lblSerial lblFirmware lblFileName lblDateTime lblISO "
+                          "lblExpTime lblApprAperture lblMetering lblExpProgram "
+                          "lblExpCorrection lblFrameSelector lblFocalLength lblLens "
+                          "lblMeasuredLV lblSensorBrightness lblSensorTemperature lblShutterID")
+        .split(QLatin1Char(' '));
+}
 
 // The texts the panel's labels show now.
 inline QStringList shownTexts(const QWidget *window)
 {
     QStringList texts;
-    for (const auto &label : kPanelLabels)
-        texts.append(labelText(window, label.first));
+    for (const QString &name : valueLabels())
+        texts.append(labelText(window, name));
     return texts;
 }
 

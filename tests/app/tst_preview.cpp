@@ -1,9 +1,11 @@
-// The preview in the right-hand panel: the pixel readout under the mouse and
-// the RGB distribution drawn from the preview's counts.
+// The preview in the right-hand panel: the fold button that shows it, the
+// pixel readout under the mouse and the RGB distribution drawn from the
+// preview's counts.
 
 #include "apptest.h"
 #include "mainwindow.h"
 
+#include <QFrame>
 #include <QGraphicsView>
 #include <QMouseEvent>
 #include <QTest>
@@ -14,7 +16,7 @@ class TestPreview : public QObject {
 
 private slots:
     void initTestCase();
-    void readoutFollowsTheMouse();
+    void foldAndReadout();
     void distribution_data();
     void distribution();
     void countsAddUpOverFiles();
@@ -50,7 +52,7 @@ QString TestPreview::write(const QImage &preview)
     return apptest::writeSample(m_files, QStringLiteral("preview.DNG"), options);
 }
 
-void TestPreview::readoutFollowsTheMouse()
+void TestPreview::foldAndReadout()
 {
     QImage preview(320, 240, QImage::Format_RGB32);
     preview.fill(QColor(128, 128, 128));
@@ -59,15 +61,27 @@ void TestPreview::readoutFollowsTheMouse()
     MainWindow window;
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto *fold = window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"));
+    auto *panel = window.findChild<QFrame *>(QStringLiteral("frame_4"));
     window.openFile(write(preview));
-    QTest::mouseClick(window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose")),
-                      Qt::LeftButton);
+
+    // The arrow on the button and whether the preview panel lies inside the window.
+    const auto state = [&](const char *icon) {
+        const QRect inWindow(panel->mapTo(&window, QPoint(0, 0)), panel->size());
+        const auto image = [](const QImage &i) { return i.convertToFormat(QImage::Format_ARGB32); };
+        return std::pair(image(fold->icon().pixmap(QSize(16, 16)).toImage()) ==
+                             image(QImage(QStringLiteral(":/images/") + icon)),
+                         window.rect().contains(inWindow.topRight()));
+    };
+    QCOMPARE(state("btn_Aufklappen.tiff"), std::pair(true, false));
+    QTest::mouseClick(fold, Qt::LeftButton);
+    QCOMPARE(window.size(), QSize(650, 475));
+    QCOMPARE(state("btn_Zuklappen.tiff"), std::pair(true, true));
 
     auto *view = window.findChild<QGraphicsView *>(QStringLiteral("graphicsView"));
     // The view takes the preview's size, even where its frame is smaller.
     QCOMPARE(view->size(), QSize(320, 240));
     QVERIFY(view->parentWidget()->width() < 320);
-
     const auto readoutAt = [&](QPointF scenePoint) {
         const QPoint at = view->mapFromScene(scenePoint);
         QMouseEvent move(QEvent::MouseMove, at, view->viewport()->mapToGlobal(at), Qt::NoButton,
@@ -79,10 +93,16 @@ void TestPreview::readoutFollowsTheMouse()
     QCOMPARE(readoutAt(QPointF(0.5, 0.5)), QStringList({"255", "0", "0"}));
     QCOMPARE(readoutAt(QPointF(160.5, 120.5)), QStringList({"10", "20", "30"}));
     QCOMPARE(readoutAt(QPointF(40.5, 200.5)), QStringList({"128", "128", "128"}));
-
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(view->viewport(), &leave);
     QCOMPARE(apptest::labelText(&window, "lblG"), QStringLiteral("-"));
+
+    // Opening another file does not fold the window; the button does.
+    window.openFile(apptest::writeSample(m_files, QStringLiteral("L1000004.DNG")));
+    QCOMPARE(window.size(), QSize(650, 475));
+    QTest::mouseClick(fold, Qt::LeftButton);
+    QCOMPARE(window.size(), QSize(344, 475));
+    QCOMPARE(state("btn_Aufklappen.tiff"), std::pair(true, false));
 }
 
 void TestPreview::distribution_data()
