@@ -11,6 +11,8 @@
 #include <QTest>
 #include <QToolButton>
 
+#include <numeric>
+
 class TestPreview : public QObject {
     Q_OBJECT
 
@@ -19,8 +21,7 @@ private slots:
     void foldAndReadout();
     void distribution_data();
     void distribution();
-    void countsAddUpOverFiles();
-    void fileWithoutPreview();
+    void distributionOverFiles();
 
 private:
     static QImage distributionPicture(const MainWindow &window);
@@ -149,35 +150,16 @@ void TestPreview::distribution()
     }
 }
 
-void TestPreview::countsAddUpOverFiles()
-{
-    const QString path = apptest::writeSample(m_files, QStringLiteral("L1002622.DNG"));
-    MainWindow window;
-    window.openFile(path);
-    const QList<qint32> red = window.redCounts;
-    const QList<qint32> blue = window.blueCounts;
-    const QImage picture = distributionPicture(window);
-    qint64 pixels = 0;
-    for (qint32 count : red)
-        pixels += count;
-    QCOMPARE(pixels, qint64(320 * 240));
-
-    window.openFile(path);
-    for (int i = 0; i < 256; ++i) {
-        QCOMPARE(window.redCounts[i], 2 * red[i]);
-        QCOMPARE(window.blueCounts[i], 2 * blue[i]);
-    }
-    // Twice the counts against twice the maximum: the same curves.
-    QCOMPARE(distributionPicture(window), picture);
-}
-
-void TestPreview::fileWithoutPreview()
+// The counts add up over the files opened: the same file twice draws the same
+// curves, and a file without preview draws nothing and leaves them as they were.
+void TestPreview::distributionOverFiles()
 {
     // The last ImageWidth read is 0, so the reader builds no preview.
     fixture::IfdPtr ifd0 = fixture::sampleIfd0({});
     ifd0->raw(0x0100, fixture::Long, 1, 0);
     const QString bare = apptest::writeSample(m_files, QStringLiteral("bare.DNG"), {},
                                               fixture::tiff(fixture::Order::Big, ifd0));
+    const QString sample = apptest::writeSample(m_files, QStringLiteral("L1002622.DNG"));
     MainWindow window;
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
@@ -190,11 +172,19 @@ void TestPreview::fileWithoutPreview()
     empty.fill(Qt::transparent);
     QCOMPARE(distributionPicture(window), empty);
 
-    // A file without preview after one with keeps the distribution drawn.
-    window.openFile(apptest::writeSample(m_files, QStringLiteral("L1002622.DNG")));
+    window.openFile(sample);
+    const QList<qint32> red = window.redCounts;
+    const QList<qint32> blue = window.blueCounts;
     const QImage drawn = distributionPicture(window);
     QVERIFY(drawn != empty);
+    QCOMPARE(std::accumulate(red.begin(), red.end(), 0), 320 * 240);
     window.openFile(bare);
+    QCOMPARE(distributionPicture(window), drawn);
+    window.openFile(sample);
+    for (int i = 0; i < 256; ++i) {
+        QCOMPARE(window.redCounts[i], 2 * red[i]);
+        QCOMPARE(window.blueCounts[i], 2 * blue[i]);
+    }
     QCOMPARE(distributionPicture(window), drawn);
 }
 

@@ -70,7 +70,6 @@ public:
     Ifd &next(IfdPtr directory) { return set(m_next, std::move(directory)); }
     Ifd &nextRaw(quint32 offset) { return set(m_nextRaw, offset); } // written as given
     Ifd &forceEntryCount(quint16 count) { return set(m_forcedCount, count); }
-    int entryCount() const { return int(m_entries.size()); }
 
 private:
     friend class Writer;
