@@ -20,21 +20,19 @@ QImage sampleScene()
     p.setPen(Qt::NoPen);
     p.setBrush(QColor(252, 226, 120));
     p.drawEllipse(QPointF(228, 92), 26, 26);
-    QPainterPath far;
-    far.moveTo(0, 150);
+    const auto hill = [&p](QPainterPath path, const QColor &colour) {
+        path.lineTo(320, 240);
+        path.lineTo(0, 240);
+        p.setBrush(colour);
+        p.drawPath(path);
+    };
+    QPainterPath far(QPointF(0, 150));
     far.cubicTo(60, 105, 120, 130, 180, 118);
     far.cubicTo(230, 108, 280, 132, 320, 126);
-    far.lineTo(320, 240);
-    far.lineTo(0, 240);
-    p.setBrush(QColor(70, 96, 92));
-    p.drawPath(far);
-    QPainterPath near;
-    near.moveTo(0, 190);
+    hill(far, QColor(70, 96, 92));
+    QPainterPath near(QPointF(0, 190));
     near.cubicTo(90, 160, 200, 205, 320, 176);
-    near.lineTo(320, 240);
-    near.lineTo(0, 240);
-    p.setBrush(QColor(46, 70, 40));
-    p.drawPath(near);
+    hill(near, QColor(46, 70, 40));
     p.setBrush(QColor(200, 16, 46)); // a red-roofed hut
     p.drawRect(60, 168, 24, 14);
     p.end();
