@@ -215,22 +215,19 @@ void TestDirectories::gps_data()
 {
     QTest::addColumn<Parts>("latitude"); // none: no GPS IFD
     QTest::addColumn<QString>("reference");
-    QTest::addColumn<QString>("text");
     QTest::addColumn<double>("degrees");
+    QTest::addColumn<QString>("text");
 
-    QTest::newRow("fractional seconds are cut") << Parts{{52, 1}, {31, 1}, {1234, 100}} << "N"
-                                                << "52 31 12 " << 52 + (31 + 12 / 60.0) / 60;
-    QTest::newRow("south gives the same positive value")
-        << Parts{{52, 1}, {31, 1}, {1234, 100}} << "S"
-        << "52 31 12 " << 52 + (31 + 12 / 60.0) / 60;
-    QTest::newRow("missing minutes are left out") << Parts{{48, 1}, {0, 1}, {30, 1}} << "N"
-                                                  << "48 30 " << 48 + (30 / 60.0) / 60;
-    QTest::newRow("zero denominator") << Parts{{48, 0}, {7, 1}, {0, 0}} << "N"
-                                      << "7 " << 7 / 60.0;
-    QTest::newRow("minutes with decimals") << Parts{{13, 1}, {2450, 100}, {0, 1}} << "E"
-                                           << "13 24 " << 13 + 24 / 60.0;
-    QTest::newRow("no GPS IFD") << Parts{} << ""
-                                << "" << 0.0;
+    const Parts north{{52, 1}, {31, 1}, {1234, 100}};
+    QTest::newRow("fractional seconds are cut") << north << "N" << 52.52 << "52 31 12 ";
+    QTest::newRow("south gives the same positive value") << north << "S" << 52.52 << "52 31 12 ";
+    QTest::newRow("missing minutes are left out")
+        << Parts{{48, 1}, {0, 1}, {30, 1}} << "N" << 48.008333333333333 << "48 30 ";
+    QTest::newRow("zero denominator")
+        << Parts{{48, 0}, {7, 1}, {0, 0}} << "N" << 0.11666666666666667 << "7 ";
+    QTest::newRow("minutes with decimals")
+        << Parts{{13, 1}, {2450, 100}, {0, 1}} << "E" << 13.4 << "13 24 ";
+    QTest::newRow("no GPS IFD") << Parts{} << "" << 0.0 << "";
 }
 
 void TestDirectories::gps()
