@@ -31,7 +31,6 @@ private slots:
     void quitting();
     void contextMenuOfExternalPrograms_data();
     void contextMenuOfExternalPrograms();
-    void fillsEveryLabel();
     void rejectedFileLeavesPanel_data();
     void rejectedFileLeavesPanel();
     void drops_data();
@@ -62,7 +61,6 @@ void TestWindow::startsFoldedWhateverTheStoredGeometry()
         QSettings().setValue(QStringLiteral("MainWindow/geometry"), wide.saveGeometry());
     }
     MainWindow window;
-    QCOMPARE(window.minimumSize(), QSize(344, 475));
     QCOMPARE(window.maximumSize(), QSize(344, 475));
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
@@ -203,24 +201,6 @@ void TestWindow::contextMenuOfExternalPrograms()
              "open -a \"A.app\" \"" + QDir::current().filePath("y.dng") + "\" ");
 }
 
-void TestWindow::fillsEveryLabel()
-{
-    // Each label shows its panel row; the rows themselves are checked with
-    // the panel texts.
-    fixture::SampleM9 options;
-    options.model = "M Monochrom";
-    options.temperature = -3;
-    const QString path = apptest::writeSample(m_files, QStringLiteral("L1002622.DNG"), options);
-    MainWindow window;
-    window.openFile(path);
-    TM9File file(path);
-    QVERIFY(file.processFile());
-    QStringList rows;
-    for (const auto &row : panelRows(panelTexts(file)))
-        rows.append(row.second);
-    QCOMPARE(apptest::shownTexts(&window), rows);
-}
-
 void TestWindow::rejectedFileLeavesPanel_data()
 {
     QTest::addColumn<bool>("goodFirst");
@@ -245,10 +225,19 @@ void TestWindow::rejectedFileLeavesPanel()
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     auto *view = window.findChild<QGraphicsView *>(QStringLiteral("graphicsView"));
     if (goodFirst) {
+        // Each label shows its panel row; the rows themselves are checked
+        // with the panel texts.
         options = {};
-        options.temperature = 31;
-        window.openFile(apptest::writeSample(m_files, QStringLiteral("L_good.DNG"), options));
-        QCOMPARE(apptest::labelText(&window, "lblSensorTemperature"), QStringLiteral("31C"));
+        options.model = "M Monochrom";
+        options.temperature = -3;
+        const QString good = apptest::writeSample(m_files, QStringLiteral("L_good.DNG"), options);
+        window.openFile(good);
+        TM9File file(good);
+        QVERIFY(file.processFile());
+        QStringList rows;
+        for (const auto &row : panelRows(panelTexts(file)))
+            rows.append(row.second);
+        QCOMPARE(apptest::shownTexts(&window), rows);
     }
     const QStringList before = apptest::shownTexts(&window);
     const QGraphicsScene *sceneBefore = view->scene();

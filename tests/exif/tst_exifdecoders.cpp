@@ -220,10 +220,9 @@ void TstExifDecoders::decode_data()
         "2.14748e+09");
 
     // Arrays.
-    const Read crop = text(&F::exif_0xC620_DefaultCropSizeAsString);
     // One value, pointing at the file's first bytes: "MM", 42.
-    row("DefaultCropSize one value", inIfd0([](Ifd &d) { d.raw(0xC620, Long, 1, 0); }), crop,
-        "1296891946 0");
+    row("DefaultCropSize one value", inIfd0([](Ifd &d) { d.raw(0xC620, Long, 1, 0); }),
+        text(&F::exif_0xC620_DefaultCropSizeAsString), "1296891946 0");
     const Read lens = text(&F::exif_0xA432_LensInfoAsString);
     row("LensInfo zoom", lensInfo({{24, 1}, {70, 1}, {28, 10}, {28, 10}}), lens,
         "24mm/f2.8 - 70mm/2.8");

@@ -136,19 +136,12 @@ private:
     Order m_order;
 };
 
-QByteArray tiffHeader(Order order, quint32 firstIfdOffset)
+QByteArray tiff(Order order, const IfdPtr &ifd0)
 {
     Writer w(order);
     w.out.append(order == Order::Big ? "MM" : "II");
     w.put16(42);
-    w.put32(firstIfdOffset);
-    return w.out;
-}
-
-QByteArray tiff(Order order, const IfdPtr &ifd0)
-{
-    Writer w(order);
-    w.out = tiffHeader(order, 8);
+    w.put32(8);
     w.writeIfd(*ifd0);
     return w.out;
 }

@@ -102,8 +102,6 @@ private:
 
 // A complete TIFF file: header, first IFD and everything reachable from it.
 QByteArray tiff(Order order, const IfdPtr &ifd0);
-// Just a TIFF header, with the first-IFD offset given verbatim.
-QByteArray tiffHeader(Order order, quint32 firstIfdOffset);
 
 // A Leica maker note as the M9 writes it: the header "LEICA0\3\0", a main
 // directory of sub-directory blocks (0x3000, 0x3100, 0x3400, 0x3900) and the
