@@ -21,8 +21,9 @@ void collectEntryLines(QtMsgType, const QMessageLogContext &context, const QStri
 }
 
 // Loads the file and returns the reader.
-std::unique_ptr<TM9File> load(TempFiles &files, const QByteArray &bytes)
+std::unique_ptr<TM9File> load(const QByteArray &bytes)
 {
+    static TempFiles files;
     auto file = std::make_unique<TM9File>(files.write("t.dng", bytes));
     file->processFile();
     return file;
@@ -77,11 +78,10 @@ void TestDirectories::entryLines()
     // Off unless asked for.
     g_lines.clear();
     const auto previous = qInstallMessageHandler(collectEntryLines);
-    TempFiles files;
-    load(files, file);
+    load(file);
     QVERIFY(g_lines.isEmpty());
     QLoggingCategory::setFilterRules(QStringLiteral("tolvik.tiff.entries.debug=true"));
-    load(files, file);
+    load(file);
     qInstallMessageHandler(previous);
     QLoggingCategory::setFilterRules(QStringLiteral("tolvik.tiff.entries.debug=false"));
 
@@ -147,8 +147,7 @@ void TestDirectories::chain()
     auto exif = Ifd::make();
     exif->longValue(0x0201, 77); // Exif entries count as the IFD's own
     ifd0->child(0x8769, exif).next(ifd1);
-    TempFiles files;
-    const auto file = load(files, tiff(Order::Little, ifd0));
+    const auto file = load(tiff(Order::Little, ifd0));
     QVERIFY(file->isValidModel());
     QCOMPARE(file->ifdCount(), 2);
     QCOMPARE(file->exif().jpegOffsetIfd0, 77u);
@@ -156,7 +155,7 @@ void TestDirectories::chain()
     QCOMPARE(file->exif().thumbnailLength, 1200u);
 
     // A first-IFD offset of 0 reads the header itself as an IFD once.
-    const auto header = load(files, QByteArray("MM\0\x2A\0\0\0\0", 8));
+    const auto header = load(QByteArray("MM\0\x2A\0\0\0\0", 8));
     QCOMPARE(header->fileTyp(), 1);
     QCOMPARE(header->ifdCount(), 1);
 }
@@ -164,10 +163,9 @@ void TestDirectories::chain()
 void TestDirectories::makerNoteNeedsModelFirst()
 {
     // Another camera: the position is kept, the note is not read.
-    TempFiles files;
     SampleM9 options;
     options.model = "X1";
-    const auto other = load(files, sampleM9Dng(options));
+    const auto other = load(sampleM9Dng(options));
     QVERIFY(other->exif().makerNotePosition != 0);
     QCOMPARE(other->leica().serialNumber, QStringLiteral("n.a."));
     QCOMPARE(other->panasonicSubDirPosition(0), 0u);
@@ -177,7 +175,7 @@ void TestDirectories::makerNoteNeedsModelFirst()
     serial->ascii(0x3103, "77", true);
     auto late = withLeicaNote(Ifd::make(), Order::Big, {{0x3100, serial}});
     late->ascii(0x0110, "M9 Digital Camera");
-    const auto file = load(files, tiff(Order::Big, late));
+    const auto file = load(tiff(Order::Big, late));
     QVERIFY(file->isValidModel());
     QCOMPARE(file->leica().serialNumber, QStringLiteral("n.a."));
 }
@@ -190,10 +188,9 @@ void TestDirectories::leicaSubDirectories()
     last->slong(0x3402, 31).slong(0x3407, -150000).rational(0x3406, 28, 10);
     auto serial = Ifd::make();
     serial->ascii(0x3103, "4000123", true).ascii(0x3109, "2.0.1", true);
-    TempFiles files;
     const auto ifd0 =
         withLeicaNote(m9Ifd0(), Order::Little, {{0x3900, last}, {0x3100, serial}, {0x3000, first}});
-    const auto file = load(files, tiff(Order::Little, ifd0));
+    const auto file = load(tiff(Order::Little, ifd0));
     const TLeicaValues &l = file->leica();
     // Walked in the order 0x3000, 0x3100, 0x3400, 0x3900: the later value wins.
     QCOMPARE(l.cameraTemperature, 31);
@@ -205,7 +202,7 @@ void TestDirectories::leicaSubDirectories()
     QCOMPARE(file->panasonicSubDirPosition(2), 0u);
 
     // A maker note of 0 entries names no sub-directory.
-    const auto none = load(files, tiff(Order::Big, withLeicaNote(m9Ifd0(), Order::Big, {})));
+    const auto none = load(tiff(Order::Big, withLeicaNote(m9Ifd0(), Order::Big, {})));
     for (int i = 0; i < 4; ++i)
         QCOMPARE(none->panasonicSubDirPosition(i), 0u);
     QCOMPARE(none->leica().cameraTemperature, 0);
@@ -241,8 +238,7 @@ void TestDirectories::gps()
     auto ifd0 = m9Ifd0();
     if (!latitude.isEmpty())
         ifd0->child(0x8825, gps);
-    TempFiles files;
-    const auto file = load(files, tiff(Order::Big, ifd0));
+    const auto file = load(tiff(Order::Big, ifd0));
     QTEST(file->gps_0x0002_LatitudeAsString(), "text");
     QTEST(file->gps_0x0004_LongitudeAsString(), "text");
     QFETCH(double, degrees);
