@@ -10,7 +10,7 @@
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QApplication::setApplicationVersion(QStringLiteral("0.6.2"));
+    QApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
 
     MainWindow window;
     window.show();

@@ -3,7 +3,9 @@
 
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
+#include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
+#include "treport.h"
 
 #include <QCloseEvent>
 #include <QContextMenuEvent>
@@ -20,24 +22,18 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QPainter>
-#include <QPen>
 #include <QPixmap>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QProcess>
 #include <QSettings>
 #include <QUrl>
-
-#include <algorithm>
 
 namespace {
 
 constexpr int kFoldedWidth = 344;
 constexpr int kUnfoldedWidth = 650;
 constexpr int kWindowHeight = 475;
-
-// Size of the distribution picture: one column per channel value 0..254.
-constexpr int kCurveColumns = 255;
-constexpr int kCurveHeight = 100;
 
 // The local path of the first dragged URL when its suffix is DNG in any
 // letter case; further URLs do not count.
@@ -75,17 +71,6 @@ void fitMacFonts(QWidget *window)
 QIcon foldIcon(const QString &path)
 {
     return QIcon(QPixmap(path));
-}
-
-void drawCurve(QPainter &painter, const QColor &colour, const QList<qint32> &counts, qint32 maximum)
-{
-    painter.setPen(QPen(colour, 1, Qt::SolidLine));
-    for (int i = 0; i < kCurveColumns; ++i) {
-        const double h = counts[i] / double(maximum) * 100.0;
-        // A spike above the maximum leaves the picture at the top anyway.
-        const int top = kCurveHeight - qRound(std::min(h, 10.0 * kCurveHeight));
-        painter.drawLine(i, kCurveHeight, i, top);
-    }
 }
 
 } // namespace
@@ -211,10 +196,81 @@ void MainWindow::verarbeiteKontextMenu(QContextMenuEvent *event)
     const QAction *chosen = menu.exec(mapToGlobal(event->pos()));
     if (!chosen)
         return;
-    // The desktop opens the file in the chosen program; whether it could is
-    // not looked at.
+    // Whether the program could be started is not looked at.
     auto *process = new QProcess(this);
-    process->startDetached(externalProgramCommand(chosen->text(), currentFileName), {}, {});
+    const auto [program, arguments] = externalProgramLaunch(chosen->text(), currentFileName);
+    process->startDetached(program, arguments, {});
+}
+
+std::pair<QString, QStringList> MainWindow::externalProgramLaunch(const QString &program,
+                                                                  const QString &file)
+{
+#ifdef Q_OS_MACOS
+    return {externalProgramCommand(program, file), {}};
+#else
+    // No "open -a" here (Linux's open is openvt): the program gets the file.
+    return {program, {QFileInfo(file).absoluteFilePath()}};
+#endif
+}
+
+void MainWindow::on_actionPreferences_triggered()
+{
+    TDlgPreferences dialog(this, programmListe);
+    if (dialog.exec() == QDialog::Accepted)
+        programmListe = dialog.programmListe();
+}
+
+// --- report, saving the preview, About ---
+
+void MainWindow::on_actionPrint_triggered()
+{
+    if (!rawFile || !rawFile->hasPreviewImage())
+        return;
+    const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage());
+    QPrinter printer;
+    setReportMargins(&printer);
+    QPrintPreviewDialog preview(&printer);
+    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
+            [&report](QPrinter *target) { report.print(target); });
+    preview.exec();
+}
+
+QString MainWindow::previewProposal(const QString &rawFilePath)
+{
+    const QFileInfo info(rawFilePath);
+    // No file yet: the working directory.
+    const QString folder =
+        rawFilePath.isEmpty() ? QFileInfo(QString()).absolutePath() : info.absolutePath();
+    return folder + QLatin1Char('/') + info.baseName() + QStringLiteral(".jpg");
+}
+
+void MainWindow::on_actionSave_Preview_triggered()
+{
+    const QString path =
+        QFileDialog::getSaveFileName(this, tr("Save PreviewPicture as jpg"),
+                                     previewProposal(currentFileName), tr("Images (*.jpg)"));
+    if (path.isEmpty() || !rawFile || !rawFile->hasPreviewImage())
+        return;
+    const QPixmap preview = *rawFile->previewImage();
+    preview.save(path, "jpg", -1);
+    // Reported whether or not the picture could be written.
+    QMessageBox box(QMessageBox::Information, QStringLiteral("Save Preview"),
+                    QStringLiteral("Datei ") + path + QStringLiteral(" wurde gespeichert"),
+                    QMessageBox::Ok, this);
+    box.exec();
+}
+
+void MainWindow::on_actionAbout_Tolvik_triggered()
+{
+    const QString text =
+        QStringLiteral("<big><b>Tolvik Version ") + QCoreApplication::applicationVersion() +
+        QStringLiteral("</b></big><br><br>") +
+        QStringLiteral("%1 by %2<br>")
+            .arg(QLatin1String(maker::kYears), QLatin1String(maker::kName)) +
+        QStringLiteral("Internet: <a href=\"https://%1\">%1</a><br>")
+            .arg(QLatin1String(maker::kWeb)) +
+        QStringLiteral("eMail: <a href=\"mailto:%1\">%1</a>").arg(QLatin1String(maker::kMail));
+    QMessageBox::about(this, QStringLiteral("Über Tolvik "), text);
 }
 
 // --- opening a file ---
@@ -339,55 +395,12 @@ void MainWindow::onShowRGBAus()
 
 void MainWindow::updateInfoBoxRGB()
 {
-    QPixmap picture(kCurveColumns, kCurveHeight);
-    picture.fill(QColor(255, 255, 255, 0));
-
     berechneRGBVerteilung();
-    // No preview so far (or an empty one): nothing to scale against.
-    if (maxCount > 0) {
-        QPainter painter(&picture);
-        drawCurve(painter, QColor(255, 0, 0), redCounts, maxCount);
-        drawCurve(painter, QColor(0, 255, 0), greenCounts, maxCount);
-        drawCurve(painter, QColor(0, 0, 255), blueCounts, maxCount);
-    }
-
     ui->lblRGBPic->setScaledContents(true);
-    ui->lblRGBPic->setPixmap(picture);
+    ui->lblRGBPic->setPixmap(QPixmap::fromImage(rgb.picture()));
 }
 
 void MainWindow::berechneRGBVerteilung()
 {
-    // The counts are not cleared: every opened file adds to them.
-    redCounts.resize(256);
-    greenCounts.resize(256);
-    blueCounts.resize(256);
-    allCounts.resize(768);
-    maxCount = 0;
-    secondCount = 0;
-
-    if (rawFile && rawFile->hasPreviewImage()) {
-        const QImage image =
-            rawFile->previewImage()->toImage().convertToFormat(QImage::Format_RGB32);
-        for (int y = 0; y < image.height(); ++y) {
-            const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
-            for (int x = 0; x < image.width(); ++x) {
-                ++redCounts[qRed(line[x])];
-                ++greenCounts[qGreen(line[x])];
-                ++blueCounts[qBlue(line[x])];
-            }
-        }
-    }
-
-    // After the resize above the list keeps its first 768 (smallest) entries
-    // of the last call and gets the 768 new counts behind them.
-    for (int i = 0; i < 256; ++i)
-        allCounts << redCounts[i] << greenCounts[i] << blueCounts[i];
-    std::sort(allCounts.begin(), allCounts.end());
-    maxCount = allCounts.last();
-    secondCount = allCounts[allCounts.size() - 2];
-
-    // One dominating spike would flatten every other value: scale to the
-    // next-highest count instead, and let the spike leave the picture.
-    if (qint64(maxCount) > 5 * qint64(secondCount))
-        maxCount = secondCount;
+    rgb.add(rawFile && rawFile->hasPreviewImage() ? rawFile->previewImage() : nullptr);
 }

@@ -11,6 +11,10 @@
 #include <QString>
 #include <QStringList>
 
+#include "rgbdistribution.h"
+
+#include <utility>
+
 class QCloseEvent;
 class QContextMenuEvent;
 class QDragEnterEvent;
@@ -33,6 +37,14 @@ public:
 
     // The command that hands a file to an external program: open -a "program" "file" .
     static QString externalProgramCommand(const QString &program, const QString &file);
+    // What is started for it: the command above where the desktop has "open -a"
+    // (macOS); elsewhere the program itself with the file's absolute path.
+    static std::pair<QString, QStringList> externalProgramLaunch(const QString &program,
+                                                                 const QString &file);
+
+    // Where "Save PreviewPicture..." proposes to write the preview of a raw
+    // file: its folder, its name up to the first dot, ".jpg".
+    static QString previewProposal(const QString &rawFilePath);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -43,12 +55,17 @@ protected:
 private slots:
     void on_actionOpen_triggered();
     void on_actionExit_triggered();
+    void on_actionPrint_triggered();
+    void on_actionPreferences_triggered();
+    void on_actionSave_Preview_triggered();
+    void on_actionAbout_Tolvik_triggered();
     void on_tbtnOpenClose_clicked();
     void onShowRGB(QPointF position, unsigned int rgb);
     void onShowRGBAus();
 
 private:
     friend class TestPreview;
+    friend class TestReport;
 
     void readSettings();
     void saveSettings();
@@ -70,14 +87,8 @@ private:
     QStringList programmListe;
     bool panelOpen = false;
 
-    // RGB distribution: counts per 8-bit value, summed over every file
-    // opened so far, and the scale of the drawing.
-    QList<qint32> redCounts;
-    QList<qint32> greenCounts;
-    QList<qint32> blueCounts;
-    QList<qint32> allCounts;
-    qint32 maxCount = 0;
-    qint32 secondCount = 0;
+    // RGB distribution, summed over every file opened so far.
+    TRgbDistribution rgb;
 };
 
 #endif // MAINWINDOW_H

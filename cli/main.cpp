@@ -4,6 +4,7 @@
 #include "cli/queries.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
+#include "treport.h"
 
 #include <QGuiApplication>
 #include <QPixmap>
@@ -16,6 +17,7 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: tolvik-info [--json] [--all] [--preflight] FILE...\n"
+    "       tolvik-info --report OUT.pdf FILE\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
     "information panel (camera, serial number, firmware, file name, date/time,\n"
@@ -26,6 +28,7 @@ constexpr char kUsage[] =
     "  --all        add every query and decoder of the reader, keyed by method name,\n"
     "               and the values stored per directory\n"
     "  --preflight  run the quick pass instead (model, thumbnail, F-number, focal length)\n"
+    "  --report OUT.pdf  write the one-page report of FILE, as the window prints it\n"
     "  --help       show this text\n"
     "\n"
     "A file that is not accepted is reported on stderr and the next file follows.\n"
@@ -151,6 +154,30 @@ void keepOwnMessages(QtMsgType type, const QMessageLogContext &context, const QS
         std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 
+// The report of one file as a PDF; nothing is written for a rejected file.
+int writeReport(const QString &pdfPath, const QStringList &files)
+{
+    if (files.size() != 1) {
+        std::fputs(kUsage, stderr);
+        return 2;
+    }
+    const QString &path = files.first();
+    TM9File file(path);
+    if (!file.processFile()) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(path), kRejected);
+        return 1;
+    }
+    if (!file.hasPreviewImage()) {
+        std::fprintf(stderr, "%s: no preview picture to report\n", qPrintable(path));
+        return 1;
+    }
+    if (!writeReportPdf(file, pdfPath)) {
+        std::fprintf(stderr, "tolvik-info: cannot write %s\n", qPrintable(pdfPath));
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -160,13 +187,18 @@ int main(int argc, char *argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     qInstallMessageHandler(keepOwnMessages);
     QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
 
     bool json = false, all = false, preflight = false;
+    QString reportPath;
     QStringList files;
     const QStringList args = app.arguments().mid(1);
     bool optionsEnd = false;
-    for (const QString &arg : args) {
-        if (!optionsEnd && arg == QLatin1String("--")) {
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &arg = args[i];
+        if (!optionsEnd && arg == QLatin1String("--report") && i + 1 < args.size()) {
+            reportPath = args[++i];
+        } else if (!optionsEnd && arg == QLatin1String("--")) {
             optionsEnd = true;
         } else if (!optionsEnd && arg == QLatin1String("--help")) {
             std::fputs(kUsage, stdout);
@@ -188,6 +220,9 @@ int main(int argc, char *argv[])
         std::fputs(kUsage, stderr);
         return 2;
     }
+
+    if (!reportPath.isEmpty())
+        return writeReport(reportPath, files);
 
     int status = 0;
     for (const QString &path : files) {

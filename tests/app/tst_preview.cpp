@@ -135,7 +135,7 @@ void TestPreview::distribution()
     options.preview = preview;
     MainWindow window;
     window.openFile(apptest::writeSample(m_files, QStringLiteral("distribution.DNG"), options));
-    QCOMPARE(window.maxCount, maximum);
+    QCOMPARE(window.rgb.maxCount, maximum);
 
     const QImage picture = distributionPicture(window);
     QCOMPARE(picture.size(), QSize(255, 100));
@@ -156,9 +156,9 @@ void TestPreview::countsAddUpOverFiles()
     const QString path = apptest::writeSample(m_files, QStringLiteral("L1002622.DNG"));
     MainWindow window;
     window.openFile(path);
-    const QList<qint32> red = window.redCounts;
-    const QList<qint32> green = window.greenCounts;
-    const QList<qint32> blue = window.blueCounts;
+    const QList<qint32> red = window.rgb.redCounts;
+    const QList<qint32> green = window.rgb.greenCounts;
+    const QList<qint32> blue = window.rgb.blueCounts;
     const QImage picture = distributionPicture(window);
     QCOMPARE(red.size(), 256);
     qint64 pixels = 0;
@@ -168,9 +168,9 @@ void TestPreview::countsAddUpOverFiles()
 
     window.openFile(path);
     for (int i = 0; i < 256; ++i) {
-        QCOMPARE(window.redCounts[i], 2 * red[i]);
-        QCOMPARE(window.greenCounts[i], 2 * green[i]);
-        QCOMPARE(window.blueCounts[i], 2 * blue[i]);
+        QCOMPARE(window.rgb.redCounts[i], 2 * red[i]);
+        QCOMPARE(window.rgb.greenCounts[i], 2 * green[i]);
+        QCOMPARE(window.rgb.blueCounts[i], 2 * blue[i]);
     }
     // Twice the counts against twice the maximum: the same curves.
     QCOMPARE(distributionPicture(window), picture);
@@ -196,7 +196,7 @@ void TestPreview::fileWithoutPreview()
     QCOMPARE(apptest::labelText(&window, "lblFileName"), QStringLiteral("bare.DNG"));
     auto *view = window.findChild<QGraphicsView *>(QStringLiteral("graphicsView"));
     QCOMPARE(view->size(), QSize(0, 0));
-    QCOMPARE(window.maxCount, 0);
+    QCOMPARE(window.rgb.maxCount, 0);
     QImage empty(255, 100, QImage::Format_ARGB32);
     empty.fill(Qt::transparent);
     QCOMPARE(distributionPicture(window), empty);
