@@ -9,6 +9,7 @@
 
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -239,8 +240,7 @@ QString MainWindow::previewProposal(const QString &rawFilePath)
 {
     const QFileInfo info(rawFilePath);
     // No file yet: the working directory.
-    const QString folder =
-        rawFilePath.isEmpty() ? QFileInfo(QString()).absolutePath() : info.absolutePath();
+    const QString folder = rawFilePath.isEmpty() ? QDir::currentPath() : info.absolutePath();
     return folder + QLatin1Char('/') + info.baseName() + QStringLiteral(".jpg");
 }
 

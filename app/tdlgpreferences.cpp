@@ -2,6 +2,7 @@
 #include "ui_tdlgpreferences.h"
 
 #include <QFileDialog>
+#include <QItemSelectionModel>
 #include <QStandardPaths>
 #include <QStringListModel>
 
@@ -41,6 +42,10 @@ void TDlgPreferences::on_pbAdd_clicked()
 
 void TDlgPreferences::on_pbRemove_clicked()
 {
-    // Without a current row this is row -1, which removes nothing.
-    model->removeRows(ui->listView->currentIndex().row(), 1);
+    // The list view makes its first row current when it gets the focus, without
+    // selecting it: only a row the user selected is removed (row -1 removes
+    // nothing).
+    const QModelIndex current = ui->listView->currentIndex();
+    const bool selected = ui->listView->selectionModel()->isSelected(current);
+    model->removeRows(selected ? current.row() : -1, 1);
 }

@@ -19,6 +19,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 namespace apptest {
@@ -90,6 +91,24 @@ inline std::shared_ptr<AnsweredBox> answerNextBox(QMessageBox::StandardButton bu
     });
     timer->start(20);
     return answer;
+}
+
+// Runs act on the next modal dialog of type T once it shows (waiting up to
+// five seconds of event processing). Call before the action that opens it.
+template <typename T> inline void whenModal(std::function<void(T *)> act)
+{
+    auto *timer = new QTimer(qApp);
+    auto tries = std::make_shared<int>(0);
+    QObject::connect(timer, &QTimer::timeout, timer, [=] {
+        auto *dialog = qobject_cast<T *>(QApplication::activeModalWidget());
+        if (!dialog && ++*tries <= 250)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        if (dialog)
+            act(dialog);
+    });
+    timer->start(20);
 }
 
 inline QString labelText(const QWidget *window, const QString &name)

@@ -239,6 +239,13 @@ void TestWindow::externalProgramCommand()
     QCOMPARE(MainWindow::externalProgramCommand(QStringLiteral("A.app"), QStringLiteral("y.dng")),
              QStringLiteral("open -a \"A.app\" \"") + QDir::current().filePath("y.dng") +
                  QStringLiteral("\" "));
+#ifndef Q_OS_MACOS
+    // Without "open -a" the program itself gets the file.
+    const auto [program, arguments] =
+        MainWindow::externalProgramLaunch(QStringLiteral("/usr/bin/gimp"), QStringLiteral("y.dng"));
+    QCOMPARE(program, QStringLiteral("/usr/bin/gimp"));
+    QCOMPARE(arguments, QStringList{QDir::current().filePath("y.dng")});
+#endif
 }
 
 QTEST_MAIN(TestWindow)

@@ -170,7 +170,7 @@ IfdPtr sampleIfd0(const SampleM9 &o)
     ifd0->ascii(0x010F, "Leica Camera AG");
     ifd0->ascii(0x0110, o.model);
     ifd0->offsetTo(0x0111, packRgb(preview));
-    ifd0->shortValue(0x0112, 1);
+    ifd0->shortValue(0x0112, o.orientation);
     ifd0->shortValue(0x0115, 3);
     ifd0->longValue(0x0116, quint32(preview.height()));
     ifd0->longValue(0x0117, quint32(preview.width() * preview.height() * 3));

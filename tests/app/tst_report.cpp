@@ -1,0 +1,290 @@
+// The printed report (rendered to PDF and read back with poppler's tools),
+// the preferences dialog, saving the preview and the About box.
+
+#include "apptest.h"
+#include "mainwindow.h"
+#include "rawfile/tm9file.h"
+#include "tdlgpreferences.h"
+#include "treport.h"
+
+#include <QAction>
+#include <QCryptographicHash>
+#include <QDate>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QImageReader>
+#include <QLineEdit>
+#include <QListView>
+#include <QPrintPreviewDialog>
+#include <QProcess>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+
+namespace {
+
+QString run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForFinished();
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+QString simplifiedPdfText(const QString &pdf)
+{
+    return run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")})
+        .replace(QRegularExpression(QStringLiteral("[ \\t]+")), QStringLiteral(" "));
+}
+
+// Size of the first picture in the PDF: the preview.
+QSize firstPdfImageSize(const QString &pdf)
+{
+    const QStringList lines =
+        run(QStringLiteral("pdfimages"), {QStringLiteral("-list"), pdf}).split(QLatin1Char('\n'));
+    if (lines.size() < 3)
+        return {};
+    const QStringList columns = lines[2].simplified().split(QLatin1Char(' '));
+    return QSize(columns.value(3).toInt(), columns.value(4).toInt());
+}
+
+// Picks path in a file dialog and closes it as if Open / Save was clicked.
+void chooseFile(QFileDialog *dialog, const QString &path)
+{
+    // selectFile() leaves a focused name field alone: type the name instead.
+    dialog->setDirectory(QFileInfo(path).absolutePath());
+    dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))
+        ->setText(QFileInfo(path).fileName());
+    static_cast<QDialog *>(dialog)->done(QDialog::Accepted);
+}
+
+QByteArray fileHash(const QString &path)
+{
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256);
+}
+
+} // namespace
+
+class TestReport : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+
+    void reportText_data();
+    void reportText();
+    void previewTurnedByOrientation_data();
+    void previewTurnedByOrientation();
+    void printNeedsAFileWithPreview();
+
+    void preferences_data();
+    void preferences();
+
+    void previewProposal_data();
+    void previewProposal();
+    void savePreview();
+    void about();
+
+private:
+    QString writeReport(const fixture::SampleM9 &options, const QString &name);
+
+    QTemporaryDir m_settings;
+    QTemporaryDir m_files;
+    QString m_text; // of the sample's report
+};
+
+void TestReport::initTestCase()
+{
+    QVERIFY(m_settings.isValid() && m_files.isValid());
+    apptest::prepareApplication(m_settings.path());
+    const QString pdf = writeReport({}, QStringLiteral("L1002622.DNG"));
+    QVERIFY(!pdf.isEmpty());
+    m_text = simplifiedPdfText(pdf);
+    QVERIFY(!m_text.isEmpty());
+    QVERIFY(run(QStringLiteral("pdfinfo"), {pdf}).contains(QRegularExpression("Pages: +1\n")));
+}
+
+QString TestReport::writeReport(const fixture::SampleM9 &options, const QString &name)
+{
+    TM9File file(apptest::writeSample(m_files, name, options));
+    const QString pdf = m_files.filePath(name + QStringLiteral(".pdf"));
+    return file.processFile() && writeReportPdf(file, pdf) ? pdf : QString();
+}
+
+void TestReport::reportText_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::newRow("header") << "Tolvik Version 0.6.2 | 2025-2026 | Brekko | brekko.example | "
+                               "eMail: info@brekko.example";
+    QTest::newRow("file name") << "L1002622.DNG";
+    QTest::newRow("date") << "Date: 2012:06:17 14:32:05";
+    QTest::newRow("image number") << "Shutter# : 10815";
+    QTest::newRow("table title") << "Exif-Details";
+    QTest::newRow("table heading") << "Tag Tag# (Hex) Content";
+    QTest::newRow("maker") << "Maker 0x010f Leica Camera AG";
+    QTest::newRow("model") << "Model 0x0110 M9 Digital Camera";
+    QTest::newRow("serial") << "Serial Number 0x3103 3912204";
+    QTest::newRow("software, not firmware") << "Firmware 0x0131 1.196";
+    QTest::newRow("ISO") << "ISO 0x8827 160";
+    QTest::newRow("exposure, no unit") << "Exposure Time 0x829A 1/250\n";
+    QTest::newRow("aperture") << "Appr. Aperture 0x3406 5.0";
+    QTest::newRow("metering") << "Metering Mode 0x9207 Center-weighted average";
+    QTest::newRow("program") << "Exposure Program 0x8822 Av [Aperture-priority]";
+    QTest::newRow("correction") << "Exposure Correction 0x9204 -0.7";
+    QTest::newRow("frame selector") << "Frame Selector Leica MakerNotes 50/75";
+    QTest::newRow("focal length") << "Focal Length 0x920A 50mm";
+    QTest::newRow("lens") << "Lens Leica MakerNotes Summilux-M 50mm f/1.4 ASPH.";
+    QTest::newRow("light value") << "Measured LV Leica MakerNotes 12.35";
+    QTest::newRow("brightness") << "Ext. Sensor Brightness 0x3408 9.88";
+    QTest::newRow("temperature") << "Sensor Temperature 0x3402 24C";
+    QTest::newRow("footer") << "Seite 1 / 1 | " + QDate::currentDate().toString(Qt::TextDate);
+}
+
+void TestReport::reportText()
+{
+    QFETCH(QString, line);
+    QVERIFY2(m_text.contains(line), qPrintable(line + QStringLiteral(" not in:\n") + m_text));
+}
+
+void TestReport::previewTurnedByOrientation_data()
+{
+    QTest::addColumn<int>("orientation");
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("1: as it is") << 1 << QSize(320, 240);
+    QTest::newRow("6: turned") << 6 << QSize(240, 320);
+    QTest::newRow("8: turned") << 8 << QSize(240, 320);
+    QTest::newRow("3: as it is") << 3 << QSize(320, 240);
+}
+
+void TestReport::previewTurnedByOrientation()
+{
+    QFETCH(int, orientation);
+    fixture::SampleM9 options;
+    options.orientation = quint16(orientation);
+    const QString pdf = writeReport(options, QStringLiteral("o%1.DNG").arg(orientation));
+    QVERIFY(!pdf.isEmpty());
+    QTEST(firstPdfImageSize(pdf), "size");
+}
+
+void TestReport::printNeedsAFileWithPreview()
+{
+    MainWindow window;
+    bool previewShown = false;
+    auto closePreview = [&previewShown](QPrintPreviewDialog *dialog) {
+        previewShown = true;
+        dialog->reject();
+    };
+    apptest::whenModal<QPrintPreviewDialog>(closePreview);
+    window.findChild<QAction *>(QStringLiteral("actionPrint"))->trigger();
+    QVERIFY(!previewShown); // no file: nothing happens
+
+    window.openFile(apptest::writeSample(m_files, QStringLiteral("L1000002.DNG")));
+    apptest::whenModal<QPrintPreviewDialog>(closePreview);
+    window.findChild<QAction *>(QStringLiteral("actionPrint"))->trigger();
+    QVERIFY(previewShown);
+}
+
+void TestReport::preferences_data()
+{
+    QTest::addColumn<QString>("steps"); // a: add, s: select the second row, r: remove
+    QTest::addColumn<bool>("accept");
+    QTest::addColumn<QStringList>("result");
+    const QStringList before{"/usr/bin/gimp", "/usr/bin/darktable"};
+    QTest::newRow("add, cancel") << "a" << false << before;
+    QTest::newRow("add, OK") << "a" << true << (before + QStringList{"<program>"});
+    QTest::newRow("remove without a selection") << "r" << true << before;
+    QTest::newRow("remove the selected row") << "sr" << true << before.mid(0, 1);
+}
+
+void TestReport::preferences()
+{
+    QFETCH(QString, steps);
+    QFETCH(bool, accept);
+    QFETCH(QStringList, result);
+    // The open dialog takes existing files only.
+    const QString program =
+        apptest::writeBytes(m_files, QStringLiteral("raw-tool.sh"), "#!/bin/sh\n");
+    result.replaceInStrings(QStringLiteral("<program>"), program);
+    QSettings().setValue(QStringLiteral("OtherSettings/programmListe"),
+                         QStringList{"/usr/bin/gimp", "/usr/bin/darktable"});
+    MainWindow window;
+    apptest::whenModal<TDlgPreferences>([&](TDlgPreferences *dialog) {
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Dialog"));
+        for (const QChar step : steps) {
+            if (step == QLatin1Char('a')) {
+                apptest::whenModal<QFileDialog>(
+                    [&program](QFileDialog *files) { chooseFile(files, program); });
+                dialog->findChild<QPushButton *>(QStringLiteral("pbAdd"))->click();
+            } else if (step == QLatin1Char('s')) {
+                auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
+                list->setCurrentIndex(list->model()->index(1, 0));
+            } else {
+                dialog->findChild<QPushButton *>(QStringLiteral("pbRemove"))->click();
+            }
+        }
+        auto *buttons = dialog->findChild<QDialogButtonBox *>(QStringLiteral("buttonBox"));
+        buttons->button(accept ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel)->click();
+    });
+    window.findChild<QAction *>(QStringLiteral("actionPreferences"))->trigger();
+    QCOMPARE(window.programmListe, result);
+}
+
+void TestReport::previewProposal_data()
+{
+    QTest::addColumn<QString>("raw");
+    QTest::addColumn<QString>("proposal");
+    QTest::newRow("camera name") << "/p/L1000123.DNG"
+                                 << "/p/L1000123.jpg";
+    QTest::newRow("up to the first dot") << "/p/a.b.dng"
+                                         << "/p/a.jpg";
+    QTest::newRow("no file yet") << "" << QDir::currentPath() + "/.jpg";
+}
+
+void TestReport::previewProposal()
+{
+    QFETCH(QString, raw);
+    QTEST(MainWindow::previewProposal(raw), "proposal");
+}
+
+void TestReport::savePreview()
+{
+    MainWindow window;
+    const QString raw = apptest::writeSample(m_files, QStringLiteral("L1000123.DNG"));
+    const QByteArray rawBefore = fileHash(raw);
+    window.openFile(raw);
+    const QString jpeg = m_files.filePath(QStringLiteral("saved.jpg"));
+    QString proposed;
+    apptest::whenModal<QFileDialog>([&](QFileDialog *dialog) {
+        proposed = dialog->selectedFiles().value(0);
+        chooseFile(dialog, jpeg);
+    });
+    auto box = apptest::answerNextBox(QMessageBox::Ok);
+    window.findChild<QAction *>(QStringLiteral("actionSave_Preview"))->trigger();
+
+    QCOMPARE(proposed, m_files.filePath(QStringLiteral("L1000123.jpg")));
+    QCOMPARE(box->title, QStringLiteral("Save Preview"));
+    QCOMPARE(box->text, QStringLiteral("Datei ") + jpeg + QStringLiteral(" wurde gespeichert"));
+    QImageReader reader(jpeg);
+    QCOMPARE(reader.format(), QByteArray("jpeg"));
+    QCOMPARE(reader.size(), QSize(320, 240));
+    QCOMPARE(fileHash(raw), rawBefore);
+}
+
+void TestReport::about()
+{
+    MainWindow window;
+    auto box = apptest::answerNextBox(QMessageBox::Ok);
+    window.findChild<QAction *>(QStringLiteral("actionAbout_Tolvik"))->trigger();
+    QCOMPARE(box->title, QStringLiteral("Über Tolvik "));
+    QCOMPARE(box->text, QStringLiteral("<big><b>Tolvik Version 0.6.2</b></big><br><br>"
+                                       "2025-2026 by Brekko<br>"
+                                       "Internet: <a href=\"https://brekko.example\">"
+                                       "brekko.example</a><br>"
+                                       "eMail: <a href=\"mailto:info@brekko.example\">"
+                                       "info@brekko.example</a>"));
+}
+
+QTEST_MAIN(TestReport)
+#include "tst_report.moc"
