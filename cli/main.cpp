@@ -2,6 +2,7 @@
 // sorting a card full of files.
 
 #include "cli/queries.h"
+#include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 
@@ -26,6 +27,9 @@ constexpr char kUsage[] =
     "  --all        add every query and decoder of the reader, keyed by method name,\n"
     "               and the values stored per directory\n"
     "  --preflight  run the quick pass instead (model, thumbnail, F-number, focal length)\n"
+    "  --sony-makernote OFFSET\n"
+    "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
+    "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
     "  --help       show this text\n"
     "\n"
     "A file that is not accepted is reported on stderr and the next file follows.\n"
@@ -33,7 +37,7 @@ constexpr char kUsage[] =
 
 const char kRejected[] = "Fehler bei der Verarbeitung. Keine native DNG-Datei!";
 
-using Row = std::pair<QString, QVariant>;
+using Row = TOutputRow;
 
 QString jsonString(const QString &text)
 {
@@ -165,8 +169,13 @@ int main(int argc, char *argv[])
     QStringList files;
     const QStringList args = app.arguments().mid(1);
     bool optionsEnd = false;
+    std::optional<QString> sonyOffset; // set, possibly empty, by --sony-makernote
     for (const QString &arg : args) {
-        if (!optionsEnd && arg == QLatin1String("--")) {
+        if (sonyOffset && sonyOffset->isNull()) {
+            sonyOffset = arg;
+        } else if (!optionsEnd && arg == QLatin1String("--sony-makernote")) {
+            sonyOffset = QString();
+        } else if (!optionsEnd && arg == QLatin1String("--")) {
             optionsEnd = true;
         } else if (!optionsEnd && arg == QLatin1String("--help")) {
             std::fputs(kUsage, stdout);
@@ -184,10 +193,12 @@ int main(int argc, char *argv[])
             files.append(arg);
         }
     }
-    if (files.isEmpty()) {
+    if (files.isEmpty() || (sonyOffset && files.size() != 1)) {
         std::fputs(kUsage, stderr);
         return 2;
     }
+    if (sonyOffset)
+        return runSonyMakerNote({*sonyOffset, files.first(), json, all}, &print);
 
     int status = 0;
     for (const QString &path : files) {
