@@ -2,6 +2,7 @@
 // sorting a card full of files.
 
 #include "cli/queries.h"
+#include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 #include "treport.h"
@@ -29,6 +30,9 @@ constexpr char kUsage[] =
     "               and the values stored per directory\n"
     "  --preflight  run the quick pass instead (model, thumbnail, F-number, focal length)\n"
     "  --report OUT.pdf  write the one-page report of FILE, as the window prints it\n"
+    "  --sony-makernote OFFSET\n"
+    "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
+    "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
     "  --help       show this text\n"
     "\n"
     "A file that is not accepted is reported on stderr and the next file follows.\n"
@@ -36,7 +40,7 @@ constexpr char kUsage[] =
 
 const char kRejected[] = "Fehler bei der Verarbeitung. Keine native DNG-Datei!";
 
-using Row = std::pair<QString, QVariant>;
+using Row = TOutputRow;
 
 QString jsonString(const QString &text)
 {
@@ -194,10 +198,13 @@ int main(int argc, char *argv[])
     QStringList files;
     const QStringList args = app.arguments().mid(1);
     bool optionsEnd = false;
+    std::optional<QString> sonyOffset;
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString &arg = args[i];
         if (!optionsEnd && arg == QLatin1String("--report") && i + 1 < args.size()) {
             reportPath = args[++i];
+        } else if (!optionsEnd && arg == QLatin1String("--sony-makernote") && i + 1 < args.size()) {
+            sonyOffset = args[++i];
         } else if (!optionsEnd && arg == QLatin1String("--")) {
             optionsEnd = true;
         } else if (!optionsEnd && arg == QLatin1String("--help")) {
@@ -216,10 +223,12 @@ int main(int argc, char *argv[])
             files.append(arg);
         }
     }
-    if (files.isEmpty()) {
+    if (files.isEmpty() || (sonyOffset && files.size() != 1)) {
         std::fputs(kUsage, stderr);
         return 2;
     }
+    if (sonyOffset)
+        return runSonyMakerNote({*sonyOffset, files.first(), json, all}, &print);
 
     if (!reportPath.isEmpty())
         return writeReport(reportPath, files);
