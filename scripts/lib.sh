@@ -12,6 +12,7 @@ TOLVIK_PACKAGES=(
     libimage-exiftool-perl    # the tests cross-check values with exiftool
     fonts-dejavu-core
     poppler-utils             # the report tests read the PDF back
+    desktop-file-utils        # the tests validate the desktop entry
 )
 
 ensure_packages() {
