@@ -2,11 +2,13 @@
 #include "ui_mainwindow.h"
 
 #include "exif/paneltexts.h"
+#include "rawfile/dngfiles.h"
 #include "rawfile/tm9file.h"
 #include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
 #include "treport.h"
 
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
 #include <QDir>
@@ -28,6 +30,7 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QSettings>
+#include <QShortcut>
 #include <QUrl>
 
 namespace {
@@ -95,6 +98,20 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     QCoreApplication::setOrganizationDomain(QStringLiteral("brekko.example"));
     QCoreApplication::setApplicationName(QStringLiteral("Tolvik"));
     readSettings();
+
+    // Page Down / Page Up step through the folder wherever the focus is, the
+    // arrow keys unless the preview has it.
+    const auto stepKey = [this](Qt::Key key, int direction, bool besidePreview) {
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this,
+                [this, direction, besidePreview] {
+                    if (!besidePreview || !ui->graphicsView->hasFocus())
+                        stepFile(direction);
+                });
+    };
+    stepKey(Qt::Key_PageDown, +1, false);
+    stepKey(Qt::Key_PageUp, -1, false);
+    stepKey(Qt::Key_Right, +1, true);
+    stepKey(Qt::Key_Left, -1, true);
 
     // Always start folded, whatever geometry the settings restored.
     setFixedSize(kFoldedWidth, kWindowHeight);
@@ -284,6 +301,41 @@ void MainWindow::on_actionOpen_triggered()
     openFile(path);
 }
 
+QString MainWindow::neighbourFile(const QString &path, int direction)
+{
+    const QFileInfo current(path);
+    const QStringList files = dngFilesIn(current.absolutePath());
+    // By name, so that a file opened whatever its extension has neighbours too.
+    const QString name = current.fileName();
+    if (direction > 0) {
+        for (const QString &file : files) {
+            if (QFileInfo(file).fileName() > name)
+                return file;
+        }
+    } else {
+        for (auto file = files.crbegin(); file != files.crend(); ++file) {
+            if (QFileInfo(*file).fileName() < name)
+                return *file;
+        }
+    }
+    return {};
+}
+
+void MainWindow::stepFile(int direction)
+{
+    if (currentFileName.isEmpty())
+        return;
+    const QString next = neighbourFile(currentFileName, direction);
+    if (!next.isEmpty())
+        openFile(next);
+}
+
+void MainWindow::on_actionCopy_triggered()
+{
+    if (!shownRows.isEmpty())
+        QGuiApplication::clipboard()->setText(shownRows);
+}
+
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
     if (!firstDngPath(event->mimeData()).isEmpty())
@@ -338,6 +390,7 @@ void MainWindow::updateAnzeige()
     ui->lblMeasuredLV->setText(t.measuredLV);
     ui->lblSensorBrightness->setText(t.sensorBrightness);
     ui->lblSensorTemperature->setText(t.sensorTemperature);
+    shownRows = panelRowsTabbed(t);
 }
 
 void MainWindow::on_tbtnOpenClose_clicked()

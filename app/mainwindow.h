@@ -42,6 +42,10 @@ public:
     static std::pair<QString, QStringList> externalProgramLaunch(const QString &program,
                                                                  const QString &file);
 
+    // The DNG file before (direction -1) or after (+1) path in its folder, in
+    // the order tolvik-info reads a folder; empty at either end.
+    static QString neighbourFile(const QString &path, int direction);
+
     // Where "Save PreviewPicture..." proposes to write the preview of a raw
     // file: its folder, its name up to the first dot, ".jpg".
     static QString previewProposal(const QString &rawFilePath);
@@ -59,13 +63,14 @@ private slots:
     void on_actionPreferences_triggered();
     void on_actionSave_Preview_triggered();
     void on_actionAbout_Tolvik_triggered();
+    void on_actionCopy_triggered();
     void on_tbtnOpenClose_clicked();
     void onShowRGB(QPointF position, unsigned int rgb);
     void onShowRGBAus();
 
 private:
     friend class TestPreview;
-    friend class TestReport;
+    friend class TestCommands;
 
     void readSettings();
     void saveSettings();
@@ -74,6 +79,7 @@ private:
     void verarbeiteKontextMenu(QContextMenuEvent *event);
 
     void doProcess(QString path);
+    void stepFile(int direction);
     void updateAnzeige();
     void updateBild();
     void updateInfoBoxRGB();
@@ -86,6 +92,7 @@ private:
     QString lastDirectory;
     QStringList programmListe;
     bool panelOpen = false;
+    QString shownRows; // the panel's rows as the clipboard gets them
 
     // RGB distribution, summed over every file opened so far.
     TRgbDistribution rgb;

@@ -1,5 +1,6 @@
-// The printed report (rendered to PDF and read back with poppler's tools),
-// the preferences dialog, saving the preview and the About box.
+// The window's commands: the printed report (rendered to PDF and read back
+// with poppler's tools), the preferences dialog, saving the preview, the About
+// box, stepping through a folder and copying the panel's rows.
 
 #include "apptest.h"
 #include "mainwindow.h"
@@ -8,11 +9,15 @@
 #include "treport.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QCryptographicHash>
 #include <QDate>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QGraphicsView>
 #include <QImageReader>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLineEdit>
 #include <QListView>
 #include <QPrintPreviewDialog>
@@ -67,7 +72,7 @@ QByteArray fileHash(const QString &path)
 
 } // namespace
 
-class TestReport : public QObject {
+class TestCommands : public QObject {
     Q_OBJECT
 
 private slots:
@@ -86,6 +91,9 @@ private slots:
     void previewProposal();
     void savePreview();
     void about();
+    void stepThroughFolder_data();
+    void stepThroughFolder();
+    void copyPanelRows();
 
 private:
     QString writeReport(const fixture::SampleM9 &options, const QString &name);
@@ -95,7 +103,7 @@ private:
     QString m_text; // of the sample's report
 };
 
-void TestReport::initTestCase()
+void TestCommands::initTestCase()
 {
     QVERIFY(m_settings.isValid() && m_files.isValid());
     apptest::prepareApplication(m_settings.path());
@@ -106,14 +114,14 @@ void TestReport::initTestCase()
     QVERIFY(run(QStringLiteral("pdfinfo"), {pdf}).contains(QRegularExpression("Pages: +1\n")));
 }
 
-QString TestReport::writeReport(const fixture::SampleM9 &options, const QString &name)
+QString TestCommands::writeReport(const fixture::SampleM9 &options, const QString &name)
 {
     TM9File file(apptest::writeSample(m_files, name, options));
     const QString pdf = m_files.filePath(name + QStringLiteral(".pdf"));
     return file.processFile() && writeReportPdf(file, pdf) ? pdf : QString();
 }
 
-void TestReport::reportText_data()
+void TestCommands::reportText_data()
 {
     QTest::addColumn<QString>("line");
     QTest::newRow("header") << "Tolvik Version 0.6.2 | 2025-2026 | Brekko | brekko.example | "
@@ -142,13 +150,13 @@ void TestReport::reportText_data()
     QTest::newRow("footer") << "Seite 1 / 1 | " + QDate::currentDate().toString(Qt::TextDate);
 }
 
-void TestReport::reportText()
+void TestCommands::reportText()
 {
     QFETCH(QString, line);
     QVERIFY2(m_text.contains(line), qPrintable(line + QStringLiteral(" not in:\n") + m_text));
 }
 
-void TestReport::previewTurnedByOrientation_data()
+void TestCommands::previewTurnedByOrientation_data()
 {
     QTest::addColumn<int>("orientation");
     QTest::addColumn<QSize>("size");
@@ -158,7 +166,7 @@ void TestReport::previewTurnedByOrientation_data()
     QTest::newRow("3: as it is") << 3 << QSize(320, 240);
 }
 
-void TestReport::previewTurnedByOrientation()
+void TestCommands::previewTurnedByOrientation()
 {
     QFETCH(int, orientation);
     fixture::SampleM9 options;
@@ -168,7 +176,7 @@ void TestReport::previewTurnedByOrientation()
     QTEST(firstPdfImageSize(pdf), "size");
 }
 
-void TestReport::printNeedsAFileWithPreview()
+void TestCommands::printNeedsAFileWithPreview()
 {
     MainWindow window;
     bool previewShown = false;
@@ -186,7 +194,7 @@ void TestReport::printNeedsAFileWithPreview()
     QVERIFY(previewShown);
 }
 
-void TestReport::preferences_data()
+void TestCommands::preferences_data()
 {
     QTest::addColumn<QString>("steps"); // a: add, s: select the second row, r: remove
     QTest::addColumn<bool>("accept");
@@ -198,7 +206,7 @@ void TestReport::preferences_data()
     QTest::newRow("remove the selected row") << "sr" << true << before.mid(0, 1);
 }
 
-void TestReport::preferences()
+void TestCommands::preferences()
 {
     QFETCH(QString, steps);
     QFETCH(bool, accept);
@@ -231,7 +239,7 @@ void TestReport::preferences()
     QCOMPARE(window.programmListe, result);
 }
 
-void TestReport::previewProposal_data()
+void TestCommands::previewProposal_data()
 {
     QTest::addColumn<QString>("raw");
     QTest::addColumn<QString>("proposal");
@@ -242,13 +250,13 @@ void TestReport::previewProposal_data()
     QTest::newRow("no file yet") << "" << QDir::currentPath() + "/.jpg";
 }
 
-void TestReport::previewProposal()
+void TestCommands::previewProposal()
 {
     QFETCH(QString, raw);
     QTEST(MainWindow::previewProposal(raw), "proposal");
 }
 
-void TestReport::savePreview()
+void TestCommands::savePreview()
 {
     MainWindow window;
     const QString raw = apptest::writeSample(m_files, QStringLiteral("L1000123.DNG"));
@@ -272,7 +280,7 @@ void TestReport::savePreview()
     QCOMPARE(fileHash(raw), rawBefore);
 }
 
-void TestReport::about()
+void TestCommands::about()
 {
     MainWindow window;
     auto box = apptest::answerNextBox(QMessageBox::Ok);
@@ -286,5 +294,75 @@ void TestReport::about()
                                        "info@brekko.example</a>"));
 }
 
-QTEST_MAIN(TestReport)
-#include "tst_report.moc"
+void TestCommands::stepThroughFolder_data()
+{
+    QTest::addColumn<QString>("start");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<bool>("previewFocused");
+    QTest::addColumn<QString>("shown");
+    const int down = Qt::Key_PageDown, up = Qt::Key_PageUp;
+    QTest::newRow("Page Down from the first") << "L1.DNG" << down << false << "L2.dng";
+    QTest::newRow("Page Down at the last stays") << "L3.DNG" << down << false << "L3.DNG";
+    QTest::newRow("Page Up at the first stays") << "L1.DNG" << up << false << "L1.DNG";
+    QTest::newRow("Page Up, preview focused") << "L3.DNG" << up << true << "L2.dng";
+    QTest::newRow("Right") << "L2.dng" << int(Qt::Key_Right) << false << "L3.DNG";
+    QTest::newRow("Left") << "L2.dng" << int(Qt::Key_Left) << false << "L1.DNG";
+    QTest::newRow("Right, preview focused") << "L2.dng" << int(Qt::Key_Right) << true << "L2.dng";
+    QTest::newRow("from a file of another name") << "L1.tif" << down << false << "L2.dng";
+}
+
+void TestCommands::stepThroughFolder()
+{
+    QFETCH(QString, start);
+    QFETCH(int, key);
+    QFETCH(bool, previewFocused);
+    QTemporaryDir folder;
+    fixture::SampleM9 small;
+    small.preview = fixture::sampleScene().scaled(160, 120);
+    for (const QString name : {"L1.DNG", "L2.dng", "L3.DNG", "L1.tif", "notes.txt"})
+        apptest::writeSample(folder, name,
+                             name == QLatin1String("L3.DNG") ? small : fixture::SampleM9{});
+
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    window.openFile(folder.filePath(start));
+    auto *view = window.findChild<QGraphicsView *>(QStringLiteral("graphicsView"));
+    if (previewFocused)
+        view->setFocus();
+    else
+        window.findChild<QWidget *>(QStringLiteral("tbtnOpenClose"))->setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key(key));
+
+    QTEST(apptest::labelText(&window, QStringLiteral("lblFileName")), "shown");
+    // The preview follows the file: the third one has a smaller picture.
+    QCOMPARE(view->width(), apptest::labelText(&window, "lblFileName") == "L3.DNG" ? 160 : 320);
+}
+
+void TestCommands::copyPanelRows()
+{
+    MainWindow window;
+    const QString path = apptest::writeSample(m_files, QStringLiteral("L1000777.DNG"));
+    window.openFile(path);
+    window.findChild<QAction *>(QStringLiteral("actionCopy"))->trigger();
+    const QStringList lines = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
+
+    // The same rows tolvik-info prints for the file.
+    const QJsonObject cli =
+        QJsonDocument::fromJson(
+            run(QStringLiteral(TOLVIK_INFO), {QStringLiteral("--json"), path}).toUtf8())
+            .object();
+    QCOMPARE(lines.size(),
+             cli.size() - 2 + 1); // less "file" and "processFile", plus the last newline
+    for (const QString &line : lines.mid(0, lines.size() - 1)) {
+        const QStringList cells = line.split(QLatin1Char('\t'));
+        QCOMPARE(cells.size(), 2);
+        const QString key = cells[0].endsWith(QLatin1Char(':')) ? cells[0].chopped(1) : cells[0];
+        QCOMPARE(cells[1], cli.value(key).toString());
+    }
+}
+
+QTEST_MAIN(TestCommands)
+#include "tst_commands.moc"
