@@ -4,13 +4,20 @@
 #include "mainwindow.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QStringList>
 #include <QTimer>
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QApplication::setApplicationVersion(QStringLiteral("0.6.2"));
+    QApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
+    // Lets a Wayland desktop match the window to the installed entry and icon.
+    QApplication::setDesktopFileName(QStringLiteral("tolvik"));
+    QIcon icon;
+    for (const int size : {48, 128, 256})
+        icon.addFile(QStringLiteral(":/images/tolvik-%1.png").arg(size));
+    QApplication::setWindowIcon(icon);
 
     MainWindow window;
     window.show();

@@ -2,11 +2,16 @@
 #include "ui_mainwindow.h"
 
 #include "exif/paneltexts.h"
+#include "rawfile/dngfiles.h"
 #include "rawfile/tm9file.h"
+#include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
+#include "treport.h"
 
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -20,24 +25,19 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QPainter>
-#include <QPen>
 #include <QPixmap>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QProcess>
 #include <QSettings>
+#include <QShortcut>
 #include <QUrl>
-
-#include <algorithm>
 
 namespace {
 
 constexpr int kFoldedWidth = 344;
 constexpr int kUnfoldedWidth = 650;
 constexpr int kWindowHeight = 475;
-
-// Size of the distribution picture: one column per channel value 0..254.
-constexpr int kCurveColumns = 255;
-constexpr int kCurveHeight = 100;
 
 // The local path of the first dragged URL when its suffix is DNG in any
 // letter case; further URLs do not count.
@@ -77,17 +77,6 @@ QIcon foldIcon(const QString &path)
     return QIcon(QPixmap(path));
 }
 
-void drawCurve(QPainter &painter, const QColor &colour, const QList<qint32> &counts, qint32 maximum)
-{
-    painter.setPen(QPen(colour, 1, Qt::SolidLine));
-    for (int i = 0; i < kCurveColumns; ++i) {
-        const double h = counts[i] / double(maximum) * 100.0;
-        // A spike above the maximum leaves the picture at the top anyway.
-        const int top = kCurveHeight - qRound(std::min(h, 10.0 * kCurveHeight));
-        painter.drawLine(i, kCurveHeight, i, top);
-    }
-}
-
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWindow)
@@ -109,6 +98,20 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     QCoreApplication::setOrganizationDomain(QStringLiteral("brekko.example"));
     QCoreApplication::setApplicationName(QStringLiteral("Tolvik"));
     readSettings();
+
+    // Page Down / Page Up step through the folder wherever the focus is, the
+    // arrow keys unless the preview has it.
+    const auto stepKey = [this](Qt::Key key, int direction, bool besidePreview) {
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this,
+                [this, direction, besidePreview] {
+                    if (!besidePreview || !ui->graphicsView->hasFocus())
+                        stepFile(direction);
+                });
+    };
+    stepKey(Qt::Key_PageDown, +1, false);
+    stepKey(Qt::Key_PageUp, -1, false);
+    stepKey(Qt::Key_Right, +1, true);
+    stepKey(Qt::Key_Left, -1, true);
 
     // Always start folded, whatever geometry the settings restored.
     setFixedSize(kFoldedWidth, kWindowHeight);
@@ -211,10 +214,80 @@ void MainWindow::verarbeiteKontextMenu(QContextMenuEvent *event)
     const QAction *chosen = menu.exec(mapToGlobal(event->pos()));
     if (!chosen)
         return;
-    // The desktop opens the file in the chosen program; whether it could is
-    // not looked at.
+    // Whether the program could be started is not looked at.
     auto *process = new QProcess(this);
-    process->startDetached(externalProgramCommand(chosen->text(), currentFileName), {}, {});
+    const auto [program, arguments] = externalProgramLaunch(chosen->text(), currentFileName);
+    process->startDetached(program, arguments, {});
+}
+
+std::pair<QString, QStringList> MainWindow::externalProgramLaunch(const QString &program,
+                                                                  const QString &file)
+{
+#ifdef Q_OS_MACOS
+    return {externalProgramCommand(program, file), {}};
+#else
+    // No "open -a" here (Linux's open is openvt): the program gets the file.
+    return {program, {QFileInfo(file).absoluteFilePath()}};
+#endif
+}
+
+void MainWindow::on_actionPreferences_triggered()
+{
+    TDlgPreferences dialog(this, programmListe);
+    if (dialog.exec() == QDialog::Accepted)
+        programmListe = dialog.programmListe();
+}
+
+// --- report, saving the preview, About ---
+
+void MainWindow::on_actionPrint_triggered()
+{
+    if (!rawFile || !rawFile->hasPreviewImage())
+        return;
+    const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage());
+    QPrinter printer;
+    setReportMargins(&printer);
+    QPrintPreviewDialog preview(&printer);
+    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
+            [&report](QPrinter *target) { report.print(target); });
+    preview.exec();
+}
+
+QString MainWindow::previewProposal(const QString &rawFilePath)
+{
+    const QFileInfo info(rawFilePath);
+    // No file yet: the working directory.
+    const QString folder = rawFilePath.isEmpty() ? QDir::currentPath() : info.absolutePath();
+    return folder + QLatin1Char('/') + info.baseName() + QStringLiteral(".jpg");
+}
+
+void MainWindow::on_actionSave_Preview_triggered()
+{
+    const QString path =
+        QFileDialog::getSaveFileName(this, tr("Save PreviewPicture as jpg"),
+                                     previewProposal(currentFileName), tr("Images (*.jpg)"));
+    if (path.isEmpty() || !rawFile || !rawFile->hasPreviewImage())
+        return;
+    const QPixmap preview = *rawFile->previewImage();
+    preview.save(path, "jpg", -1);
+    // Reported whether or not the picture could be written.
+    QMessageBox box(QMessageBox::Information, QStringLiteral("Save Preview"),
+                    QStringLiteral("Datei ") + path + QStringLiteral(" wurde gespeichert"),
+                    QMessageBox::Ok, this);
+    box.exec();
+}
+
+void MainWindow::on_actionAbout_Tolvik_triggered()
+{
+    const QString text =
+        QStringLiteral("<big><b>Tolvik Version ") + QCoreApplication::applicationVersion() +
+        QStringLiteral("</b></big><br><br>") +
+        QStringLiteral("%1 by %2<br>")
+            .arg(QLatin1String(maker::kYears), QLatin1String(maker::kName)) +
+        QStringLiteral("Internet: <a href=\"https://%1\">%1</a><br>")
+            .arg(QLatin1String(maker::kWeb)) +
+        QStringLiteral("eMail: <a href=\"mailto:%1\">%1</a>").arg(QLatin1String(maker::kMail));
+    QMessageBox::about(this, QStringLiteral("Über Tolvik "), text);
 }
 
 // --- opening a file ---
@@ -226,6 +299,41 @@ void MainWindow::on_actionOpen_triggered()
     if (path.isEmpty())
         return;
     openFile(path);
+}
+
+QString MainWindow::neighbourFile(const QString &path, int direction)
+{
+    const QFileInfo current(path);
+    const QStringList files = dngFilesIn(current.absolutePath());
+    // By name, so that a file opened whatever its extension has neighbours too.
+    const QString name = current.fileName();
+    if (direction > 0) {
+        for (const QString &file : files) {
+            if (QFileInfo(file).fileName() > name)
+                return file;
+        }
+    } else {
+        for (auto file = files.crbegin(); file != files.crend(); ++file) {
+            if (QFileInfo(*file).fileName() < name)
+                return *file;
+        }
+    }
+    return {};
+}
+
+void MainWindow::stepFile(int direction)
+{
+    if (currentFileName.isEmpty())
+        return;
+    const QString next = neighbourFile(currentFileName, direction);
+    if (!next.isEmpty())
+        openFile(next);
+}
+
+void MainWindow::on_actionCopy_triggered()
+{
+    if (!shownRows.isEmpty())
+        QGuiApplication::clipboard()->setText(shownRows);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
@@ -282,6 +390,7 @@ void MainWindow::updateAnzeige()
     ui->lblMeasuredLV->setText(t.measuredLV);
     ui->lblSensorBrightness->setText(t.sensorBrightness);
     ui->lblSensorTemperature->setText(t.sensorTemperature);
+    shownRows = panelRowsTabbed(t);
 }
 
 void MainWindow::on_tbtnOpenClose_clicked()
@@ -339,55 +448,12 @@ void MainWindow::onShowRGBAus()
 
 void MainWindow::updateInfoBoxRGB()
 {
-    QPixmap picture(kCurveColumns, kCurveHeight);
-    picture.fill(QColor(255, 255, 255, 0));
-
     berechneRGBVerteilung();
-    // No preview so far (or an empty one): nothing to scale against.
-    if (maxCount > 0) {
-        QPainter painter(&picture);
-        drawCurve(painter, QColor(255, 0, 0), redCounts, maxCount);
-        drawCurve(painter, QColor(0, 255, 0), greenCounts, maxCount);
-        drawCurve(painter, QColor(0, 0, 255), blueCounts, maxCount);
-    }
-
     ui->lblRGBPic->setScaledContents(true);
-    ui->lblRGBPic->setPixmap(picture);
+    ui->lblRGBPic->setPixmap(QPixmap::fromImage(rgb.picture()));
 }
 
 void MainWindow::berechneRGBVerteilung()
 {
-    // The counts are not cleared: every opened file adds to them.
-    redCounts.resize(256);
-    greenCounts.resize(256);
-    blueCounts.resize(256);
-    allCounts.resize(768);
-    maxCount = 0;
-    secondCount = 0;
-
-    if (rawFile && rawFile->hasPreviewImage()) {
-        const QImage image =
-            rawFile->previewImage()->toImage().convertToFormat(QImage::Format_RGB32);
-        for (int y = 0; y < image.height(); ++y) {
-            const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
-            for (int x = 0; x < image.width(); ++x) {
-                ++redCounts[qRed(line[x])];
-                ++greenCounts[qGreen(line[x])];
-                ++blueCounts[qBlue(line[x])];
-            }
-        }
-    }
-
-    // After the resize above the list keeps its first 768 (smallest) entries
-    // of the last call and gets the 768 new counts behind them.
-    for (int i = 0; i < 256; ++i)
-        allCounts << redCounts[i] << greenCounts[i] << blueCounts[i];
-    std::sort(allCounts.begin(), allCounts.end());
-    maxCount = allCounts.last();
-    secondCount = allCounts[allCounts.size() - 2];
-
-    // One dominating spike would flatten every other value: scale to the
-    // next-highest count instead, and let the spike leave the picture.
-    if (qint64(maxCount) > 5 * qint64(secondCount))
-        maxCount = secondCount;
+    rgb.add(rawFile && rawFile->hasPreviewImage() ? rawFile->previewImage() : nullptr);
 }

@@ -11,6 +11,10 @@
 #include <QString>
 #include <QStringList>
 
+#include "rgbdistribution.h"
+
+#include <utility>
+
 class QCloseEvent;
 class QContextMenuEvent;
 class QDragEnterEvent;
@@ -33,6 +37,18 @@ public:
 
     // The command that hands a file to an external program: open -a "program" "file" .
     static QString externalProgramCommand(const QString &program, const QString &file);
+    // What is started for it: the command above where the desktop has "open -a"
+    // (macOS); elsewhere the program itself with the file's absolute path.
+    static std::pair<QString, QStringList> externalProgramLaunch(const QString &program,
+                                                                 const QString &file);
+
+    // The DNG file before (direction -1) or after (+1) path in its folder, in
+    // the order tolvik-info reads a folder; empty at either end.
+    static QString neighbourFile(const QString &path, int direction);
+
+    // Where "Save PreviewPicture..." proposes to write the preview of a raw
+    // file: its folder, its name up to the first dot, ".jpg".
+    static QString previewProposal(const QString &rawFilePath);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -43,12 +59,18 @@ protected:
 private slots:
     void on_actionOpen_triggered();
     void on_actionExit_triggered();
+    void on_actionPrint_triggered();
+    void on_actionPreferences_triggered();
+    void on_actionSave_Preview_triggered();
+    void on_actionAbout_Tolvik_triggered();
+    void on_actionCopy_triggered();
     void on_tbtnOpenClose_clicked();
     void onShowRGB(QPointF position, unsigned int rgb);
     void onShowRGBAus();
 
 private:
     friend class TestPreview;
+    friend class TestCommands;
 
     void readSettings();
     void saveSettings();
@@ -57,6 +79,7 @@ private:
     void verarbeiteKontextMenu(QContextMenuEvent *event);
 
     void doProcess(QString path);
+    void stepFile(int direction);
     void updateAnzeige();
     void updateBild();
     void updateInfoBoxRGB();
@@ -69,15 +92,10 @@ private:
     QString lastDirectory;
     QStringList programmListe;
     bool panelOpen = false;
+    QString shownRows; // the panel's rows as the clipboard gets them
 
-    // RGB distribution: counts per 8-bit value, summed over every file
-    // opened so far, and the scale of the drawing.
-    QList<qint32> redCounts;
-    QList<qint32> greenCounts;
-    QList<qint32> blueCounts;
-    QList<qint32> allCounts;
-    qint32 maxCount = 0;
-    qint32 secondCount = 0;
+    // RGB distribution, summed over every file opened so far.
+    TRgbDistribution rgb;
 };
 
 #endif // MAINWINDOW_H

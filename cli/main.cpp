@@ -2,8 +2,10 @@
 // sorting a card full of files.
 
 #include "cli/queries.h"
+#include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
+#include "treport.h"
 
 #include <QGuiApplication>
 #include <QPixmap>
@@ -16,6 +18,7 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: tolvik-info [--json] [--all] [--preflight] FILE...\n"
+    "       tolvik-info --report OUT.pdf FILE\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
     "information panel (camera, serial number, firmware, file name, date/time,\n"
@@ -26,6 +29,10 @@ constexpr char kUsage[] =
     "  --all        add every query and decoder of the reader, keyed by method name,\n"
     "               and the values stored per directory\n"
     "  --preflight  run the quick pass instead (model, thumbnail, F-number, focal length)\n"
+    "  --report OUT.pdf  write the one-page report of FILE, as the window prints it\n"
+    "  --sony-makernote OFFSET\n"
+    "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
+    "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
     "  --help       show this text\n"
     "\n"
     "A file that is not accepted is reported on stderr and the next file follows.\n"
@@ -33,7 +40,7 @@ constexpr char kUsage[] =
 
 const char kRejected[] = "Fehler bei der Verarbeitung. Keine native DNG-Datei!";
 
-using Row = std::pair<QString, QVariant>;
+using Row = TOutputRow;
 
 QString jsonString(const QString &text)
 {
@@ -151,6 +158,30 @@ void keepOwnMessages(QtMsgType type, const QMessageLogContext &context, const QS
         std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 
+// The report of one file as a PDF; nothing is written for a rejected file.
+int writeReport(const QString &pdfPath, const QStringList &files)
+{
+    if (files.size() != 1) {
+        std::fputs(kUsage, stderr);
+        return 2;
+    }
+    const QString &path = files.first();
+    TM9File file(path);
+    if (!file.processFile()) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(path), kRejected);
+        return 1;
+    }
+    if (!file.hasPreviewImage()) {
+        std::fprintf(stderr, "%s: no preview picture to report\n", qPrintable(path));
+        return 1;
+    }
+    if (!writeReportPdf(file, pdfPath)) {
+        std::fprintf(stderr, "tolvik-info: cannot write %s\n", qPrintable(pdfPath));
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -160,13 +191,21 @@ int main(int argc, char *argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     qInstallMessageHandler(keepOwnMessages);
     QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
 
     bool json = false, all = false, preflight = false;
+    QString reportPath;
     QStringList files;
     const QStringList args = app.arguments().mid(1);
     bool optionsEnd = false;
-    for (const QString &arg : args) {
-        if (!optionsEnd && arg == QLatin1String("--")) {
+    std::optional<QString> sonyOffset;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &arg = args[i];
+        if (!optionsEnd && arg == QLatin1String("--report") && i + 1 < args.size()) {
+            reportPath = args[++i];
+        } else if (!optionsEnd && arg == QLatin1String("--sony-makernote") && i + 1 < args.size()) {
+            sonyOffset = args[++i];
+        } else if (!optionsEnd && arg == QLatin1String("--")) {
             optionsEnd = true;
         } else if (!optionsEnd && arg == QLatin1String("--help")) {
             std::fputs(kUsage, stdout);
@@ -184,10 +223,15 @@ int main(int argc, char *argv[])
             files.append(arg);
         }
     }
-    if (files.isEmpty()) {
+    if (files.isEmpty() || (sonyOffset && files.size() != 1)) {
         std::fputs(kUsage, stderr);
         return 2;
     }
+    if (sonyOffset)
+        return runSonyMakerNote({*sonyOffset, files.first(), json, all}, &print);
+
+    if (!reportPath.isEmpty())
+        return writeReport(reportPath, files);
 
     int status = 0;
     for (const QString &path : files) {

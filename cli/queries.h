@@ -16,6 +16,13 @@ struct TQuery {
 
 const QList<TQuery> &allQueries();
 
+// The query of a method of TM9File that takes no argument, named after it.
+#define QUERY(method)                                                                              \
+    TQuery                                                                                         \
+    {                                                                                              \
+#method, [](const TM9File &f) { return QVariant::fromValue(f.method()); }                  \
+    }
+
 // The values the reader stored, per directory ("exif.model", "leica.lensType").
 const QList<TQuery> &storedValues();
 

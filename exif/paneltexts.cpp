@@ -76,3 +76,11 @@ QList<std::pair<QString, QString>> panelRows(const TPanelTexts &t)
         {QStringLiteral("ImageID:"), t.imageId},
     };
 }
+
+QString panelRowsTabbed(const TPanelTexts &texts)
+{
+    QString text;
+    for (const auto &[caption, value] : panelRows(texts))
+        text += caption + QLatin1Char('\t') + value + QLatin1Char('\n');
+    return text;
+}

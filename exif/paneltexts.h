@@ -41,6 +41,10 @@ TPanelTexts panelTexts(const TM9File &file);
 // "ImageID:"), preceded by camera, serial number and firmware.
 QList<std::pair<QString, QString>> panelRows(const TPanelTexts &texts);
 
+// The rows as "caption<TAB>value" lines, for the clipboard: they paste into a
+// spreadsheet as two columns.
+QString panelRowsTabbed(const TPanelTexts &texts);
+
 // Pieces the printed report shares with the panel.
 QString approximateApertureText(const TLeicaValues &leica);
 QString twoDecimals(double value);

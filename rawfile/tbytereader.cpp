@@ -44,6 +44,18 @@ quint32 TByteReader::readU32()
     return m_bigEndian ? qFromBigEndian<quint32>(p) : qFromLittleEndian<quint32>(p);
 }
 
+QByteArray TByteReader::readBytes(qint64 count)
+{
+    QByteArray out(qMax<qint64>(count, 0), '\0');
+    const qint64 start = m_pos;
+    take(out.size()); // moves the cursor and spends the budget; a partial block is copied too
+    if (m_budget >= 0) {
+        const QByteArrayView bytes = view(start, out.size());
+        std::copy(bytes.begin(), bytes.end(), out.begin());
+    }
+    return out;
+}
+
 QString TByteReader::readCString(qint64 maxLength)
 {
     const QByteArrayView bytes = view(m_pos, maxLength);

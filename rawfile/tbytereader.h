@@ -34,6 +34,10 @@ public:
     qint16 readS16() { return static_cast<qint16>(readU16()); }
     qint32 readS32() { return static_cast<qint32>(readU32()); }
 
+    // count bytes from the cursor on; those past the end, or once the budget
+    // is spent, are zeros. The caller bounds count.
+    QByteArray readBytes(qint64 count);
+
     // Bytes up to (not including) the next 0, each taken as one character,
     // at most maxLength of them. Consumes the terminator.
     QString readCString(qint64 maxLength);

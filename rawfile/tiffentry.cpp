@@ -48,16 +48,18 @@ quint64 TEntryLength::next(quint16 type, quint32 count)
     return m_last;
 }
 
-QString entryLine(quint16 tag, const QString &name, quint16 type, quint32 count, quint64 length)
+QString entryLine(quint16 tag, const QString &name, quint16 type, quint32 count, quint64 length,
+                  QChar fill)
 {
     return QStringLiteral("Tag: 0x%1 %2, Typ: %3, Count: %4,  Länge: %5")
-        .arg(tag, 4, 16, QLatin1Char(' '))
+        .arg(tag, 4, 16, fill)
         .arg(name, fieldTypeText(type))
         .arg(count)
         .arg(length);
 }
 
-TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*tagName)(int))
+TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*tagName)(int),
+                         QChar fill)
 {
     TEntryHead head;
     head.tag = reader.readU16();
@@ -65,6 +67,6 @@ TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*ta
     head.count = reader.readU32();
     const quint64 bytes = length.next(head.type, head.count);
     qCDebug(lcTiffEntries).noquote()
-        << entryLine(head.tag, tagName(head.tag), head.type, head.count, bytes);
+        << entryLine(head.tag, tagName(head.tag), head.type, head.count, bytes, fill);
     return head;
 }

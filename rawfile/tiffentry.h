@@ -19,6 +19,7 @@ QString fieldTypeText(quint16 type);
 class TEntryLength {
 public:
     quint64 next(quint16 type, quint32 count);
+    quint64 current() const { return m_last; }
 
 private:
     quint64 m_last = 0;
@@ -34,10 +35,13 @@ struct TEntryHead {
 };
 
 // Reads the head of the next entry and traces its line, naming the tag with
-// tagName.
-TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*tagName)(int));
+// tagName and padding its number with fill.
+TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*tagName)(int),
+                         QChar fill = QLatin1Char(' '));
 
-// "Tag: 0x%1 %2, Typ: %3, Count: %4,  Länge: %5"
-QString entryLine(quint16 tag, const QString &name, quint16 type, quint32 count, quint64 length);
+// "Tag: 0x%1 %2, Typ: %3, Count: %4,  Länge: %5"; the tag in four hexadecimal
+// places, padded with fill (blanks for the TIFF directories, zeros for Sony's).
+QString entryLine(quint16 tag, const QString &name, quint16 type, quint32 count, quint64 length,
+                  QChar fill = QLatin1Char(' '));
 
 #endif // TIFFENTRY_H

@@ -13,6 +13,7 @@
 // The methods are defined by subsystem:
 //   rawfile/  loading, directory walkers, entry readers, pictures, GPS, preflight
 //   exif/     EXIF decoders, composite values, Leica maker note, tag names
+//   sony/     Sony maker note: walker, enciphered blocks, decoders
 
 #include "rawfile/tbytereader.h"
 #include "rawfile/tm9values.h"
@@ -26,6 +27,7 @@
 class QByteArray;
 class QFile;
 class QPixmap;
+struct TSony2010Layout;
 
 class TM9File {
 public:
@@ -165,6 +167,102 @@ public:
     QString leicaLensTypeAsString() const;
     QString leicaImageUniqueIDAsString() const;
 
+    // --- Sony maker note (sony/) ---
+    // Walks the maker-note directory from the stream's position (its entry
+    // count). IFD0 must have been read: blocks 0x2010 and 0x9050 need the model.
+    void processMakerNoteSony(); // sony/sonymakernote.cpp
+    // Reads IFD0 of the file for the model, then walks the Sony maker-note
+    // directory at the absolute offset. False when the file cannot be read or
+    // the offset lies outside it. No model is required.
+    bool processSonyMakerNoteAt(qint64 offset);
+    static QString sonyTagName(int tag);
+
+    // Enciphered blocks (sony/sonyblocks.cpp)
+    static void decipher(unsigned char *data, int length);
+    static bool isInSony2010g_Group(const QString &model);
+    static bool isInSony9050a_Group(const QString &model);
+    static bool isInSony2010h_Group(const QString &model);
+    static bool isInSony2010i_Group(const QString &model);
+    static bool isInSony9050b_Group(const QString &model);
+    static bool isInSony2022_Group(const QString &model);
+    static bool isInSony202A_Group(const QString &model);
+    void verarbeiteSony2010gTags(const QByteArray &block);
+    void verarbeiteSony2010hTags(const QByteArray &block);
+    void verarbeiteSony2010iTags(const QByteArray &block);
+    void verarbeiteSony9050aTags(const QByteArray &block);
+    void verarbeiteSony9050bTags(const QByteArray &block);
+    void verarbeiteSony9400cTags(const QByteArray &block);
+    void verarbeiteSony9401Tags(const QByteArray &block);
+    void verarbeiteSony9402Tags(const QByteArray &block);
+    void verarbeiteSony9403Tags(const QByteArray &block);
+    void verarbeiteSony9404Tags(const QByteArray &block);
+    void verarbeiteSony9405bTags(const QByteArray &block);
+    void verarbeiteSony9406Tags(const QByteArray &block);
+    void verarbeiteSony940cTags(const QByteArray &block);
+    void verarbeiteSonyShotInfoTags(const QByteArray &block);
+    void verarbeiteSony202ATags(long long offset, int length);
+    void readFocalPlaneAFPointsUsed(long long offset, int length);
+    void readSonyPanoramaTag(long long offset, structSonyPanoramaTag *record);
+
+    // Decoders of the stored values (sony/sonydecoders.cpp)
+    QString mnSony_0x0102_QualityAsString() const;
+    QString mnSony_0x0104_FlashExposureCompNumAsString() const;
+    double mnSony_0x0104_FlashExposureCompNumAsReal() const;
+    QString mnSony_0x0105_TeleconverterAsString() const;
+    QString mnSony_0x0115_WhiteBalanceAsString() const;
+    QString mnSony_0x2008_LongExposureNoiseReductionAsString() const;
+    QString mnSony_0x2009_HighISONoiseReductionAsString() const;
+    QString mnSony_0x200A_HDRAsString() const;
+    QString mnSony_0x200B_MultiFrameNoiseReductionAsString() const;
+    QString mnSony_0x200E_PictureEffectAsString() const;
+    QString mnSony_0x200F_SoftSkinEffectAsString() const;
+    QString mnSony_0x2011_VignettingCorrectionAsString() const;
+    QString mnSony_0x2012_LateralChromaticAberationAsString() const;
+    QString mnSony_0x2013_DistortionCorrectionSettingAsString() const;
+    QString mnSony_0x2016_AutoPortraitFramedAsString() const;
+    QString mnSony_0x2017_FlashActionAsString() const;
+    QString mnSony_0x201A_ElectronicFrontCurtainShutterAsString() const;
+    QString mnSony_0x201B_FocusModeAsString() const;
+    QString mnSony_0x201C_AFAreaModeSettingAsString() const;
+    QString mnSony_0x201D_FlexibleSpotPositionAsString() const;
+    QString mnSony_0x201E_AFZoneSelectedAsString() const;
+    QString mnSony_0x2021_AFTrackingAsString() const;
+    QString mnSony_0x2022_FocalPlaneAFPointsUsedAsString() const;
+    QString mnSony_0x2023_MultiFrameNREffectAsString() const;
+    QString mnSony_0x2027_FocusLocationAsString() const;
+    QString mnSony_0x2028_VariableLowPassFilterAsString() const;
+    QString mnSony_0x2029_RawFileTypeAsString() const;
+    QString mnSony_0x202B_PrioritySetInAWBAsString() const;
+    QString mnSony_0xB000_FileFormatAsString() const;
+    QString mnSony_0xB001_SonyModelIDAsString() const;
+    QString mnSony_0xB023_SceneModeAsString() const;
+    QString mnSony_0xB024_ZoneMatchingAsString() const;
+    QString mnSony_0xB025_DynamicRangeOptimizerAsString() const;
+    QString mnSony_0xB026_ImageStabilizationAsString() const;
+    QString mnSony_0xB029_ColorModeAsString() const;
+    QString mnSony_0xB02A_LensSpecAsString() const;
+    QString mnSony_0xB02B_FullImageSizeAsString() const;
+    QString mnSony_0xB02C_PreviewImageSizeAsString() const;
+    QString mnSony_0xB041_ExposureModeAsString() const;
+    QString mnSony_0xB047_JPEGQualityAsString() const;
+    QString mnSony_0xB048_FlashLevelAsString() const;
+    QString mnSony_0xB049_ReleaseModeAsString() const;
+    QString mnSony_0xB04A_SequenceNumberAsString() const;
+    QString mnSony_0xB04B_AntiBlurAsString() const;
+    QString mnSony_0xB04F_DynamicRangeOptimizerAsString() const;
+    QString mnSony_0xB050_HighISONoiseReduction2AsString() const;
+    QString mnSony_0xB052_IntelligentAutoAsString() const;
+    QString mnSony_0xB054_WhiteBalanceAsString() const;
+    double mnSony_0x09406_BatteryTemperatureCelsius() const;
+    // Codes found in the blocks
+    static QString mnSony_ReleaseMode2(unsigned short code);
+    static QString mnSony_PictureEffect2(unsigned short code);
+    static QString mnSony_ExposureProgram3(unsigned short code);
+    static QString mnSony_LensType2(unsigned short code);
+    static QString mnSony_DynamicRangeOptimizer(unsigned short code);
+    static QString isoSetting2010(int code);
+    static double fahrenheit2Celsius(int f);
+
 private:
     friend class TM9FileTestAccess;
 
@@ -181,6 +279,8 @@ private:
     }
     void walkChain(void (TM9File::*walker)());
     void walkNestedIfd(qint64 position, void (TM9File::*walker)());
+    QByteArray readSonyBlock(qint64 position, quint64 length);
+    void verarbeiteSony2010Tags(const QByteArray &block, const TSony2010Layout &layout);
 
     // File access
     QString m_path;

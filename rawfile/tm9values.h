@@ -164,10 +164,216 @@ struct TLeicaValues {
     double externalSensorBrightness = 0.0; // 0x3408 / 100000
 };
 
-// Values of Sony maker-note blocks that the composite values read.
+// The 44-byte record of Sony maker-note tag 0x1003 (sweep panoramas).
+struct structSonyPanoramaTag {
+    quint32 header = 0;
+    quint32 fullWidth = 0;
+    quint32 fullHeight = 0;
+    quint32 direction = 0; // 0 left or up, 1 right or down
+    quint32 cropLeft = 0;
+    quint32 cropTop = 0;
+    quint32 cropRight = 0;
+    quint32 cropBottom = 0;
+    quint32 frameWidth = 0;
+    quint32 frameHeight = 0;
+    quint32 sourceWidth = 0;
+};
+
+// Block 0x2010: the same fields in the layouts g, h and i, at other positions.
+struct TSony2010Values {
+    quint8 dynamicRangeOptimizer = 0;
+    quint8 releaseMode3 = 0;
+    QString releaseMode2;
+    quint8 selfTimer = 0;
+    quint8 flashMode = 0;
+    quint8 stopsAboveBaseISO = 0; // high byte
+    quint8 brightnessValue = 0;   // high byte
+    quint8 dynamicRangeOptimizer2 = 0;
+    quint8 hdrSetting = 0;
+    quint8 exposureCompensation = 0; // high byte
+    std::array<quint8, 2> pictureProfile{};
+    QString pictureEffect2;
+    quint8 quality2 = 0;
+    quint8 meteringMode = 0;
+    QString exposureProgram;
+    std::array<quint16, 3> wbRGBLevels{};
+    std::array<quint16, 3> focalLengths{}; // focal length, minimum, maximum
+    quint16 sonyISO = 0;
+    quint8 lensFormat = 0;
+    quint8 lensMount = 0;
+    QString lensType2;
+    std::array<quint8, 2> distortionCorrParams{}; // present, number
+};
+
+// Block 0x9050 in layout a (ILCE-7M2) or b (all others).
+struct TSony9050Values {
+    quint8 shutter = 0;
+    quint8 flashStatus = 0;
+    quint32 shutterCount = 0;                   // a: 32 bits at 50; b: 24 bits at 58
+    quint16 sonyExposureTime = 0;               // a: 58; b: 70
+    quint8 sonyFNumberHigh = 0;                 // a: 61
+    quint8 byte63 = 0;                          // b
+    QString exposureTimeText;                   // b: the denominator of 1/t
+    QString releaseMode;                        // a: 63; b: 75
+    QString releaseMode2;                       // a: 103; b: 115
+    quint32 shutterCount2 = 0;                  // a: 76
+    std::array<quint8, 6> dateTime2{};          // a: 81 to 86
+    std::array<quint8, 3> shutterCount2Bytes{}; // b: 82 to 84
+    QString pictureEffect2;                     // b: 529
+    quint8 lensMount = 0;
+    quint8 lensFormat = 0;
+    QString lensType2;
+    quint8 distortionCorrParamsPresent = 0;
+};
+
+// Values of the Sony maker note (ARW files): the directory's tags, then what
+// the block routines take out of the (deciphered) data blocks. Texts of the
+// blocks stay empty and their numbers 0 when the block is missing, not chosen
+// for the model, or too short for the field.
 struct TSonyValues {
-    quint8 focusPosition = 0; // byte 45 of block 0x9402
-    QString apertureText;     // from block 0x9050, e.g. "5.6"
+    // The maker-note directory
+    qint32 quality = 0;                            // 0x0102
+    TSRational flashExposureComp;                  // 0x0104
+    quint32 teleconverter = 0;                     // 0x0105
+    quint32 whiteBalanceFineTune = 0;              // 0x0112
+    quint32 whiteBalance = 0;                      // 0x0115
+    structSonyPanoramaTag panorama;                // 0x1003
+    quint32 rating = 0;                            // 0x2002
+    quint32 contrast = 0;                          // 0x2004
+    quint32 saturation = 0;                        // 0x2005
+    quint32 sharpness = 0;                         // 0x2006
+    quint32 brightness = 0;                        // 0x2007
+    quint32 longExposureNoiseReduction = 0;        // 0x2008
+    quint16 highISONoiseReduction = 0;             // 0x2009
+    quint32 hdr = 0;                               // 0x200A
+    quint32 multiFrameNoiseReduction = 0;          // 0x200B
+    quint16 pictureEffect = 0;                     // 0x200E
+    qint32 softSkinEffect = 0;                     // 0x200F
+    quint32 vignettingCorrection = 0;              // 0x2011
+    quint32 lateralChromaticAberration = 0;        // 0x2012
+    quint32 distortionCorrectionSetting = 0;       // 0x2013
+    quint16 autoPortraitFramed = 0;                // 0x2016
+    quint32 flashAction = 0;                       // 0x2017
+    quint32 electronicFrontCurtainShutter = 0;     // 0x201A
+    quint8 focusMode = 0;                          // 0x201B
+    quint8 afAreaModeSetting = 0;                  // 0x201C
+    std::array<quint16, 2> flexibleSpotPosition{}; // 0x201D
+    quint8 afPointSelected = 0;                    // 0x201E
+    quint8 afTracking = 0;                         // 0x2021
+    QList<quint8> focalPlaneAFPointsUsed;          // 0x2022
+    quint32 multiFrameNREffect = 0;                // 0x2023
+    std::array<qint32, 2> wbShiftABGMPrecise{};    // 0x2026
+    std::array<quint16, 4> focusLocation{};        // 0x2027
+    quint32 variableLowPassFilter = 0;             // 0x2028
+    quint16 rawFileType = 0;                       // 0x2029
+    quint8 prioritySetInAWB = 0;                   // 0x202B
+    QString serialNumber = "n.a.";                 // 0x2031
+    std::array<quint8, 4> fileFormat{};            // 0xB000
+    quint16 sonyModelID = 0;                       // 0xB001
+    QString creativeStyle = "n.a.";                // 0xB020
+    quint32 colorTemperature = 0;                  // 0xB021
+    quint32 colorCompensationFilter = 0;           // 0xB022
+    quint32 sceneMode = 0;                         // 0xB023
+    quint32 zoneMatching = 0;                      // 0xB024
+    quint32 dynamicRangeOptimizer = 0;             // 0xB025
+    quint32 imageStabilization = 0;                // 0xB026
+    qint32 colorMode = 0;                          // 0xB029
+    QList<quint8> lensSpec;                        // 0xB02A
+    QList<quint32> fullImageSize;                  // 0xB02B
+    QList<quint32> previewImageSize;               // 0xB02C
+    quint16 exposureMode = 0;                      // 0xB041
+    quint16 jpegQuality = 0;                       // 0xB047
+    qint16 flashLevel = 0;                         // 0xB048
+    quint16 releaseMode = 0;                       // 0xB049
+    quint16 sequenceNumber = 0;                    // 0xB04A
+    quint16 antiBlur = 0;                          // 0xB04B
+    quint16 dynamicRangeOptimizer2 = 0;            // 0xB04F
+    quint16 highISONoiseReduction2 = 0;            // 0xB050
+    quint16 intelligentAuto = 0;                   // 0xB052
+    quint16 whiteBalance2 = 0;                     // 0xB054
+
+    // Block 0x202A (focal-plane AF points)
+    quint8 focalPlaneAFPointCount = 0;
+    std::array<quint16, 2> focalPlaneAFPointArea{};
+    std::array<quint16, 2> focalPlaneAFPointLocation1{};
+
+    TSony2010Values block2010;
+    TSony9050Values block9050;
+    QString apertureText; // from block 0x9050, e.g. "5.6"
+
+    // Block 0x9400
+    QString releaseMode9400;
+    quint32 shotNumberSincePowerUp = 0;
+    quint32 sequenceImageNumber = 0;
+    QString sequenceLength;
+    quint32 sequenceFileNumber = 0;
+    QString sequenceFileLength;
+    QString cameraOrientation;
+    QString quality9400;
+    quint8 modelReleaseYear = 0;
+
+    // Block 0x9401
+    QString isoSetting;
+    QString isoAutoMin;
+    QString isoAutoMax;
+
+    // Block 0x9402
+    qint8 ambientTemperature = 0;
+    QString focusMode9402;
+    QString afAreaMode;
+    quint8 focusPosition = 0; // byte 45
+
+    // Block 0x9403
+    qint8 cameraTemperature = 0;
+
+    // Block 0x9404
+    QString exposureProgram9404;
+    QString intelligentAuto9404;
+    quint16 lensZoomPosition9404 = 0; // ILCE-7M2
+    quint8 focusPosition2 = 0;        // ILCE-7M2
+
+    // Block 0x9405 (16-bit values built with a signed low byte)
+    quint16 stopsAboveBaseISO = 0;
+    quint16 sonyExposureTime2 = 0;
+    std::array<quint16, 2> exposureTime9405{};
+    quint16 sonyFNumber = 0;
+    quint16 sonyMaxApertureValue = 0;
+    quint32 sequenceImageNumber9405 = 0;
+    QString releaseMode9405;
+    QString pictureEffect9405;
+    QString exposureProgram9405;
+    quint16 imageWidthMax = 0;
+    quint16 imageHeightMax = 0;
+    quint8 highISONoiseReduction9405 = 0;
+    quint8 longExposureNoiseReduction9405 = 0;
+    quint8 creativeStyle9405 = 0;
+    quint8 sharpness9405 = 0;
+    quint8 distortionCorrParamsPresent9405 = 0;
+    quint8 lensFormat9405 = 0;
+    quint8 lensMount9405 = 0;
+    QString lensType9405;
+    quint16 lensZoomPosition = 0;
+
+    // Block 0x9406
+    double batteryTemperature = 0.0; // degrees Fahrenheit
+    quint8 batteryLevelGrip1 = 0;
+    quint8 batteryLevel = 0;
+    quint8 batteryLevelGrip2 = 0;
+
+    // Block 0x940C
+    QString lensMount2;
+    QString lensType3;
+    QString cameraEMountVersion;
+    QString lensEMountVersion;
+    QString lensFirmwareVersion;
+
+    // Block 0x3000 (ShotInfo)
+    QString shotDateTime;
+    quint16 shotImageHeight = 0;
+    quint16 shotImageWidth = 0;
+    quint16 facesDetected = 0;
+    quint8 faceInfoLength = 0;
+    QString metaVersion;
 };
 
 #endif // TM9VALUES_H

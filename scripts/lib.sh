@@ -11,6 +11,8 @@ TOLVIK_PACKAGES=(
     qt6-image-formats-plugins # the TIFF icons of the window
     libimage-exiftool-perl    # the tests cross-check values with exiftool
     fonts-dejavu-core
+    poppler-utils             # the report tests read the PDF back
+    desktop-file-utils        # the tests validate the desktop entry
 )
 
 ensure_packages() {

@@ -16,6 +16,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 
 namespace apptest {
@@ -34,14 +35,17 @@ inline void prepareApplication(const QString &settingsDir)
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
-// Writes a sample M9 DNG (or the given bytes) into dir and returns its path.
-inline QString writeSample(const QTemporaryDir &dir, const QString &name,
-                           const fixture::SampleM9 &options = {}, QByteArray bytes = {})
+inline QString writeBytes(const QTemporaryDir &dir, const QString &name, const QByteArray &data)
 {
     const QString path = dir.filePath(name);
-    if (bytes.isNull())
-        bytes = fixture::sampleM9Dng(options);
-    return fixture::writeFile(path, bytes) ? path : QString();
+    return fixture::writeFile(path, data) ? path : QString();
+}
+
+// Writes a sample M9 DNG into dir and returns its path.
+inline QString writeSample(const QTemporaryDir &dir, const QString &name,
+                           const fixture::SampleM9 &options = {})
+{
+    return writeBytes(dir, name, fixture::sampleM9Dng(options));
 }
 
 // What a message box showed before the helper answered it.
@@ -79,6 +83,24 @@ inline std::shared_ptr<AnsweredBox> answerNextBox(QMessageBox::StandardButton bu
     });
     timer->start(20);
     return answer;
+}
+
+// Runs act on the next modal dialog of type T once it shows (waiting up to
+// five seconds of event processing). Call before the action that opens it.
+template <typename T> inline void whenModal(std::function<void(T *)> act)
+{
+    auto *timer = new QTimer(qApp);
+    auto tries = std::make_shared<int>(0);
+    QObject::connect(timer, &QTimer::timeout, timer, [=] {
+        auto *dialog = qobject_cast<T *>(QApplication::activeModalWidget());
+        if (!dialog && ++*tries <= 250)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        if (dialog)
+            act(dialog);
+    });
+    timer->start(20);
 }
 
 inline QString labelText(const QWidget *window, const QString &name)

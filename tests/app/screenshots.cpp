@@ -17,7 +17,7 @@
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QApplication::setApplicationVersion(QStringLiteral("0.6.2"));
+    QApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
     const QStringList args = app.arguments();
     if (args.size() != 3) {
         std::fprintf(stderr, "usage: tolvik-screenshots FILE.dng OUTDIR\n");

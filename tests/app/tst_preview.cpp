@@ -131,7 +131,7 @@ void TestPreview::distribution()
             preview.setPixel(x, y, qRgb(200, 100 + x, 150 + x));
     MainWindow window;
     window.openFile(write(preview));
-    QTEST(window.maxCount, "maximum");
+    QTEST(window.rgb.maxCount, "maximum");
 
     const QImage picture = distributionPicture(window);
     QCOMPARE(picture.size(), QSize(255, 100));
@@ -153,8 +153,8 @@ void TestPreview::distributionOverFiles()
     // The last ImageWidth read is 0, so the reader builds no preview.
     fixture::IfdPtr ifd0 = fixture::sampleIfd0({});
     ifd0->raw(0x0100, fixture::Long, 1, 0);
-    const QString bare = apptest::writeSample(m_files, QStringLiteral("bare.DNG"), {},
-                                              fixture::tiff(fixture::Order::Big, ifd0));
+    const QString bare = apptest::writeBytes(m_files, QStringLiteral("bare.DNG"),
+                                             fixture::tiff(fixture::Order::Big, ifd0));
     const QString sample = apptest::writeSample(m_files, QStringLiteral("L1002622.DNG"));
     MainWindow window;
     window.show();
@@ -163,14 +163,14 @@ void TestPreview::distributionOverFiles()
     QCOMPARE(apptest::labelText(&window, "lblFileName"), QStringLiteral("bare.DNG"));
     QCOMPARE(window.findChild<QGraphicsView *>(QStringLiteral("graphicsView"))->size(),
              QSize(0, 0));
-    QCOMPARE(window.maxCount, 0);
+    QCOMPARE(window.rgb.maxCount, 0);
     QImage empty(255, 100, QImage::Format_ARGB32);
     empty.fill(Qt::transparent);
     QCOMPARE(distributionPicture(window), empty);
 
     window.openFile(sample);
-    const QList<qint32> red = window.redCounts;
-    const QList<qint32> blue = window.blueCounts;
+    const QList<qint32> red = window.rgb.redCounts;
+    const QList<qint32> blue = window.rgb.blueCounts;
     const QImage drawn = distributionPicture(window);
     QVERIFY(drawn != empty);
     QCOMPARE(std::accumulate(red.begin(), red.end(), 0), 320 * 240);
@@ -178,8 +178,8 @@ void TestPreview::distributionOverFiles()
     QCOMPARE(distributionPicture(window), drawn);
     window.openFile(sample);
     for (int i = 0; i < 256; ++i) {
-        QCOMPARE(window.redCounts[i], 2 * red[i]);
-        QCOMPARE(window.blueCounts[i], 2 * blue[i]);
+        QCOMPARE(window.rgb.redCounts[i], 2 * red[i]);
+        QCOMPARE(window.rgb.blueCounts[i], 2 * blue[i]);
     }
     QCOMPARE(distributionPicture(window), drawn);
 }

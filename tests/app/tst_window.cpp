@@ -199,6 +199,12 @@ void TestWindow::contextMenuOfExternalPrograms()
              QStringLiteral("open -a \"/Applications/B.app\" \"/x/y.dng\" "));
     QCOMPARE(MainWindow::externalProgramCommand("A.app", "y.dng"),
              "open -a \"A.app\" \"" + QDir::current().filePath("y.dng") + "\" ");
+#ifndef Q_OS_MACOS
+    // Without "open -a" the program itself gets the file.
+    const auto [program, arguments] = MainWindow::externalProgramLaunch("/usr/bin/gimp", "y.dng");
+    QCOMPARE(program, QStringLiteral("/usr/bin/gimp"));
+    QCOMPARE(arguments, QStringList{QDir::current().filePath("y.dng")});
+#endif
 }
 
 void TestWindow::rejectedFileLeavesPanel_data()
@@ -282,8 +288,9 @@ void TestWindow::drops()
     QList<QUrl> urls;
     for (const QString &name : files) {
         const bool jpeg = name.endsWith("jpg", Qt::CaseInsensitive);
-        urls << QUrl::fromLocalFile(apptest::writeSample(
-            m_files, name, {}, jpeg ? fixture::jpegPicture(16, 16, 0x808080) : QByteArray()));
+        urls << QUrl::fromLocalFile(
+            jpeg ? apptest::writeBytes(m_files, name, fixture::jpegPicture(16, 16, 0x808080))
+                 : apptest::writeSample(m_files, name));
     }
     QMimeData mime;
     mime.setUrls(urls);

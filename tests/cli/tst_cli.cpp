@@ -1,6 +1,7 @@
 // tolvik-info as a script uses it: rows, JSON lines, exit status, messages.
 
 #include "tests/support/samplem9.h"
+#include "tests/support/sonybuilder.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -52,6 +53,7 @@ private Q_SLOTS:
     void json();
     void jsonAll();
     void preflight();
+    void sonyMakerNote();
 
 private:
     TempFiles m_files;
@@ -169,6 +171,30 @@ void TestCli::preflight()
     QCOMPARE(objects[1]["Focal Length"].toString(), QStringLiteral("50mm"));
     // The full pass never accepts a JPEG.
     QCOMPARE(tolvikInfo({jpeg}).status, 1);
+}
+
+void TestCli::sonyMakerNote()
+{
+    auto note = Ifd::make();
+    note->shortValue(0xB001, 358)
+        .bytes(0x9402, Undefined, sonyEncipher(sonyBlock(46, {{45, 0x50}})));
+    const SonyFile sony = sonyArw("ILCE-9", note);
+    const QString arw = m_files.write("DSC00001.ARW", sony.data);
+
+    const Run plain = tolvikInfo({"--sony-makernote", QString::number(sony.makerNoteOffset), arw});
+    QCOMPARE(plain.status, 0);
+    QVERIFY(plain.out.contains(QLatin1String("mnSony_0xB001_SonyModelIDAsString ILCE-9")));
+
+    const Run json = tolvikInfo({"--json", "--all", "--sony-makernote",
+                                 QStringLiteral("0x%1").arg(sony.makerNoteOffset, 0, 16), arw});
+    const QList<QJsonObject> objects = jsonLines(json.out);
+    QCOMPARE(objects.size(), 1);
+    QCOMPARE(objects[0]["Model"].toString(), QStringLiteral("ILCE-9"));
+    QCOMPARE(objects[0]["sony.focusPosition"].toInt(), 0x50);
+
+    const Run past = tolvikInfo({"--sony-makernote", QString::number(sony.data.size()), arw});
+    QCOMPARE(past.status, 1);
+    QVERIFY(past.out.isEmpty() && past.err.contains(arw));
 }
 
 QTEST_MAIN(TestCli)

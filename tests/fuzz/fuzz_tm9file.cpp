@@ -1,7 +1,8 @@
-// libFuzzer target: any bytes, as a file, through both loading passes and
-// every decoder. Build with scripts/fuzz.
+// libFuzzer target: any bytes, as a file, through both loading passes, the
+// Sony maker-note walker and every decoder. Build with scripts/fuzz.
 
 #include "cli/queries.h"
+#include "cli/sonymakernote.h"
 #include "rawfile/tm9file.h"
 
 #include <QFile>
@@ -46,6 +47,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (const TQuery &field : storedValues())
         field.value(loaded);
     loaded.previewImageScaled(64, 0);
+
+    // The Sony walker at the usual place of IFD0, so that mutations reach it.
+    TM9File sony(path);
+    sony.processSonyMakerNoteAt(8);
+    for (const TQuery &query : sonyQueries())
+        query.value(sony);
 
     TM9File preflight(path);
     preflight.processFilePreflight();

@@ -6,8 +6,6 @@
 
 namespace fixture {
 
-namespace {
-
 QImage sampleScene()
 {
     QImage image(320, 240, QImage::Format_RGB888);
@@ -47,6 +45,8 @@ QImage sampleScene()
     }
     return image;
 }
+
+namespace {
 
 QByteArray packRgb(const QImage &picture)
 {
@@ -123,7 +123,8 @@ IfdPtr sampleIfd0(const SampleM9 &o)
     ifd0->longValue(0x00FE, 1).longValue(0x0100, width).longValue(0x0101, height);
     ifd0->shorts(0x0102, {8, 8, 8}).shortValue(0x0103, 1).shortValue(0x0106, 2);
     ifd0->ascii(0x010F, "Leica Camera AG").ascii(0x0110, o.model);
-    ifd0->offsetTo(0x0111, packRgb(preview)).shortValue(0x0112, 1).shortValue(0x0115, 3);
+    ifd0->offsetTo(0x0111, packRgb(preview)).shortValue(0x0112, o.orientation);
+    ifd0->shortValue(0x0115, 3);
     ifd0->longValue(0x0116, height).longValue(0x0117, width * height * 3);
     ifd0->rational(0x011A, 300, 1).rational(0x011B, 300, 1);
     ifd0->shortValue(0x011C, 1).shortValue(0x0128, 2).ascii(0x0131, "1.196");

@@ -25,9 +25,11 @@ struct SampleM9 {
     qint32 temperature = 24;
     std::pair<quint32, quint32> exposureTime{1, 250};
     quint16 iso = 160;
+    quint16 orientation = 1;
     QByteArray imageUniqueId = "00000000000000000000000000002a3f";
 };
 
+QImage sampleScene(); // the 320 x 240 preview
 IfdPtr sampleIfd0(const SampleM9 &options);
 QByteArray sampleM9Dng(const SampleM9 &options = {});
 

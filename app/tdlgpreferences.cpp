@@ -1,0 +1,51 @@
+#include "tdlgpreferences.h"
+#include "ui_tdlgpreferences.h"
+
+#include <QFileDialog>
+#include <QItemSelectionModel>
+#include <QStandardPaths>
+#include <QStringListModel>
+
+TDlgPreferences::TDlgPreferences(QWidget *parent, QList<QString> list)
+    : QDialog(parent), ui(new Ui::TDlgPreferences), model(new QStringListModel(this))
+{
+    ui->setupUi(this);
+    model->setStringList(list);
+    ui->listView->setSelectionMode(QAbstractItemView::SingleSelection);
+    ui->listView->setModel(model);
+}
+
+TDlgPreferences::~TDlgPreferences()
+{
+    delete ui;
+}
+
+QStringList TDlgPreferences::programmListe() const
+{
+    return model->stringList();
+}
+
+void TDlgPreferences::on_pbAdd_clicked()
+{
+    // The dialog starts at the applications folder's display name, as the
+    // desktop calls it.
+    const QString path = QFileDialog::getOpenFileName(
+        this, tr("Select Program"),
+        QStandardPaths::displayName(QStandardPaths::ApplicationsLocation),
+        tr("Applications (*.*)"));
+    if (path.isEmpty())
+        return;
+    const int row = model->rowCount();
+    if (model->insertRows(row, 1))
+        model->setData(model->index(row), path, Qt::EditRole);
+}
+
+void TDlgPreferences::on_pbRemove_clicked()
+{
+    // The list view makes its first row current when it gets the focus, without
+    // selecting it: only a row the user selected is removed (row -1 removes
+    // nothing).
+    const QModelIndex current = ui->listView->currentIndex();
+    const bool selected = ui->listView->selectionModel()->isSelected(current);
+    model->removeRows(selected ? current.row() : -1, 1);
+}

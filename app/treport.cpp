@@ -1,0 +1,329 @@
+#include "treport.h"
+
+#include "exif/paneltexts.h"
+#include "rawfile/tm9file.h"
+#include "rgbdistribution.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QCoreApplication>
+#include <QDate>
+#include <QFile>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QPixmap>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextTable>
+#include <QTransform>
+#include <QUrl>
+
+Q_GUI_EXPORT int qt_defaultDpiY(); // Qt Gui's resolution of document lengths
+
+namespace {
+
+// Page geometry in millimetres.
+constexpr double kMargin = 15.0;
+constexpr double kHeaderHeight = 10.0; // text line, rule, gap
+constexpr double kFooterHeight = 9.0;  // gap, rule, text line
+constexpr double kCellPadding = 0.7;
+constexpr double kPreviewWidth = 80.0;
+constexpr double kPreviewHeight = 60.0;
+constexpr double kDistributionWidth = 80.0;
+
+constexpr double kHeaderPoints = 11.0;
+constexpr double kFooterPoints = 8.0;
+constexpr double kBodyPoints = 10.0;
+
+const QColor kShade(QStringLiteral("#DADADA"));
+
+// Device pixels per millimetre.
+double pixelsPerMm(const QPaintDevice *device)
+{
+    return device->logicalDpiY() / 25.4;
+}
+
+// Lengths in a document's formats (images, table columns, padding) count in
+// pixels of the screen's resolution; the layout scales them to the device.
+double formatPixelsPerMm()
+{
+    return qt_defaultDpiY() / 25.4;
+}
+
+QImage turnedByOrientation(const QImage &image, int orientation)
+{
+    int degrees = 0;
+    if (orientation == 8)
+        degrees = 270;
+    else if (orientation == 6)
+        degrees = 90;
+    if (degrees == 0)
+        return image;
+    return image.transformed(QTransform().rotate(degrees), Qt::FastTransformation);
+}
+
+// Puts an image into the document at a size in device pixels.
+void insertImage(QTextDocument &doc, QTextCursor cursor, const QString &name, const QImage &image,
+                 QSizeF size)
+{
+    const QUrl url(QStringLiteral("tolvik:") + name);
+    doc.addResource(QTextDocument::ImageResource, url, image);
+    QTextImageFormat format;
+    format.setName(url.toString());
+    format.setWidth(size.width());
+    format.setHeight(size.height());
+    cursor.insertImage(format);
+}
+
+void setAlignment(QTextCursor cursor, Qt::Alignment alignment)
+{
+    QTextBlockFormat block = cursor.blockFormat();
+    block.setAlignment(alignment);
+    cursor.setBlockFormat(block);
+}
+
+void insertCellText(QTextTable *table, int row, int column, const QString &text,
+                    Qt::Alignment alignment, bool bold = false)
+{
+    QTextCursor cursor = table->cellAt(row, column).firstCursorPosition();
+    setAlignment(cursor, alignment);
+    QTextCharFormat format = cursor.charFormat();
+    if (bold)
+        format.setFontWeight(QFont::Bold);
+    cursor.insertText(text, format);
+}
+
+void shade(QTextTable *table, int row, int column)
+{
+    QTextTableCell cell = table->cellAt(row, column);
+    QTextTableCellFormat format = cell.format().toTableCellFormat();
+    format.setBackground(kShade);
+    cell.setFormat(format);
+}
+
+QTextTableFormat tableFormat(double mm, const QList<QTextLength> &columns)
+{
+    QTextTableFormat format;
+    format.setCellPadding(kCellPadding * mm);
+    format.setCellSpacing(0);
+    format.setBorder(0);
+    format.setAlignment(Qt::AlignLeft);
+    format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
+    format.setColumnWidthConstraints(columns);
+    return format;
+}
+
+// Preview, file name, date, image number and distribution.
+void insertTopBlock(QTextDocument &doc, QTextCursor &cursor, const TPanelTexts &texts,
+                    const QImage &preview, const QImage &distribution, double mm)
+{
+    const double previewColumn = kPreviewWidth * mm + 2 * kCellPadding * mm;
+    QTextTable *table =
+        cursor.insertTable(4, 2,
+                           tableFormat(mm, {QTextLength(QTextLength::FixedLength, previewColumn),
+                                            QTextLength(QTextLength::VariableLength, 0)}));
+    table->mergeCells(0, 0, 4, 1);
+
+    // The preview keeps its aspect within 80 x 60 mm, so that a turned one
+    // stands upright.
+    const QSizeF box(kPreviewWidth * mm, kPreviewHeight * mm);
+    insertImage(doc, table->cellAt(0, 0).firstCursorPosition(), QStringLiteral("preview"), preview,
+                QSizeF(preview.size()).scaled(box, Qt::KeepAspectRatio));
+    setAlignment(table->cellAt(0, 0).firstCursorPosition(), Qt::AlignLeft);
+
+    insertCellText(table, 0, 1, texts.fileName, Qt::AlignRight, true);
+    insertCellText(table, 1, 1, QStringLiteral("Date: ") + texts.dateTime, Qt::AlignRight);
+    insertCellText(table, 2, 1, QStringLiteral("Shutter# : ") + texts.imageId, Qt::AlignRight);
+
+    QTextTableCell last = table->cellAt(3, 1);
+    QTextTableCellFormat bottom = last.format().toTableCellFormat();
+    bottom.setVerticalAlignment(QTextCharFormat::AlignBottom);
+    last.setFormat(bottom);
+    const double width = kDistributionWidth * mm;
+    const double height =
+        distribution.isNull() ? 0 : width * distribution.height() / double(distribution.width());
+    insertImage(doc, last.firstCursorPosition(), QStringLiteral("rgb"), distribution,
+                QSizeF(width, height));
+    setAlignment(last.firstCursorPosition(), Qt::AlignRight);
+
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertBlock(); // a blank line before the details
+    setAlignment(cursor, Qt::AlignLeft);
+}
+
+void insertDetailsTable(QTextCursor &cursor, const QList<TReportRow> &rows, double mm)
+{
+    QTextTable *table =
+        cursor.insertTable(int(rows.size()) + 2, 4,
+                           tableFormat(mm, {QTextLength(QTextLength::FixedLength, 5 * mm),
+                                            QTextLength(QTextLength::PercentageLength, 34),
+                                            QTextLength(QTextLength::PercentageLength, 22),
+                                            QTextLength(QTextLength::VariableLength, 0)}));
+    QTextTableFormat format = table->format();
+    format.setHeaderRowCount(2);
+    format.setTopMargin(4 * mm);
+    format.setBorder(0.5);
+    format.setBorderBrush(kShade);
+    format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+    format.setBorderCollapse(true);
+    table->setFormat(format);
+
+    table->mergeCells(0, 0, 1, 4);
+    shade(table, 0, 0);
+    insertCellText(table, 0, 0, QStringLiteral("Exif-Details"), Qt::AlignLeft, true);
+    const QString headings[] = {QStringLiteral("Tag"), QStringLiteral("Tag# (Hex)"),
+                                QStringLiteral("Content")};
+    for (int column = 1; column <= 3; ++column) {
+        shade(table, 1, column);
+        insertCellText(table, 1, column, headings[column - 1], Qt::AlignLeft);
+    }
+    for (int i = 0; i < rows.size(); ++i) {
+        const int row = i + 2;
+        shade(table, row, 0);
+        insertCellText(table, row, 1, rows[i].name, Qt::AlignLeft);
+        insertCellText(table, row, 2, rows[i].tag, Qt::AlignLeft);
+        insertCellText(table, row, 3, rows[i].content, Qt::AlignLeft);
+    }
+}
+
+void paintHeader(QPainter &painter, double width, double mm)
+{
+    QFont font = painter.font();
+    font.setPointSizeF(kHeaderPoints);
+    painter.setFont(font);
+    const double line = painter.fontMetrics().height();
+    painter.drawText(QRectF(0, 0, width, line), Qt::AlignCenter, reportHeaderText());
+    const double rule = line + 1.5 * mm;
+    painter.drawLine(QPointF(0, rule), QPointF(width, rule));
+}
+
+void paintFooter(QPainter &painter, double top, double width, double mm, int page, int pages)
+{
+    const double rule = top + 2 * mm;
+    painter.drawLine(QPointF(0, rule), QPointF(width, rule));
+    QFont font = painter.font();
+    font.setPointSizeF(kFooterPoints);
+    painter.setFont(font);
+    const QString text = QStringLiteral("Seite %1 / %2 | %3")
+                             .arg(page)
+                             .arg(pages)
+                             .arg(QDate::currentDate().toString(Qt::TextDate));
+    painter.drawText(QRectF(0, rule + 1.5 * mm, width, painter.fontMetrics().height()),
+                     Qt::AlignHCenter | Qt::AlignTop, text);
+}
+
+} // namespace
+
+QString reportHeaderText()
+{
+    return QStringLiteral("Tolvik Version ") + QCoreApplication::applicationVersion() +
+           QStringLiteral("  | %1 | %2 | %3 | eMail: %4")
+               .arg(QLatin1String(maker::kYears), QLatin1String(maker::kName),
+                    QLatin1String(maker::kWeb), QLatin1String(maker::kMail));
+}
+
+QList<TReportRow> reportRows(const TM9File &file)
+{
+    const TExifValues &exif = file.exif();
+    const TLeicaValues &leica = file.leica();
+    const QString leicaNotes = QStringLiteral("Leica MakerNotes");
+    return {
+        {QStringLiteral("Maker"), QStringLiteral("0x010f"), exif.make},
+        {QStringLiteral("Model"), QStringLiteral("0x0110"), exif.model},
+        {QStringLiteral("Serial Number "), QStringLiteral("0x3103"), leica.serialNumber},
+        {QStringLiteral("Firmware"), QStringLiteral("0x0131"), exif.software},
+        {QStringLiteral("ISO"), QStringLiteral("0x8827"), file.exif_0x8827_ISOAsString()},
+        {QStringLiteral("Exposure Time"), QStringLiteral("0x829A"),
+         file.exif_0x829A_ExposureTimeAsString()},
+        {QStringLiteral("Appr. Aperture"), QStringLiteral("0x3406"),
+         approximateApertureText(leica)},
+        {QStringLiteral("Metering Mode "), QStringLiteral("0x9207"),
+         file.exif_0x9207_MeteringModeAsString()},
+        {QStringLiteral("Exposure Program "), QStringLiteral("0x8822"),
+         file.exif_0x8822_ExpProgAsString()},
+        {QStringLiteral("Exposure Correction "), QStringLiteral("0x9204"),
+         file.exif_0x9204_ExpCompensationAsString()},
+        {QStringLiteral("Frame Selector "), leicaNotes, file.leicaFrameSelectorAsString()},
+        {QStringLiteral("Focal Length "), QStringLiteral("0x920A"), focalLengthText(file)},
+        {QStringLiteral("Lens "), leicaNotes, file.leicaLensTypeAsString()},
+        {QStringLiteral("Measured LV "), leicaNotes, twoDecimals(leica.measuredLV)},
+        {QStringLiteral("Ext. Sensor Brightness "), QStringLiteral("0x3408"),
+         twoDecimals(leica.externalSensorBrightness)},
+        {QStringLiteral("Sensor Temperature "), QStringLiteral("0x3402"), temperatureText(leica)},
+    };
+}
+
+TReport::TReport(const TM9File &file, const QImage &rgbDistribution)
+    : m_file(file), m_rgbDistribution(rgbDistribution)
+{
+    if (file.hasPreviewImage())
+        m_preview = turnedByOrientation(file.previewImage()->toImage(), file.exif().orientation);
+}
+
+std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) const
+{
+    auto doc = std::make_unique<QTextDocument>();
+    doc->documentLayout()->setPaintDevice(device);
+    doc->setDocumentMargin(0);
+    QFont font = doc->defaultFont();
+    font.setPointSizeF(kBodyPoints);
+    doc->setDefaultFont(font);
+    doc->setPageSize(QSizeF(device->width(), device->height() - (kHeaderHeight + kFooterHeight) *
+                                                                    pixelsPerMm(device)));
+    const double mm = formatPixelsPerMm();
+
+    QTextCursor cursor(doc.get());
+    insertTopBlock(*doc, cursor, panelTexts(m_file), m_preview, m_rgbDistribution, mm);
+    insertDetailsTable(cursor, reportRows(m_file), mm);
+    return doc;
+}
+
+int TReport::print(QPagedPaintDevice *device) const
+{
+    const std::unique_ptr<QTextDocument> doc = document(device);
+    const double mm = pixelsPerMm(device);
+    const double width = device->width();
+    const double bodyHeight = doc->pageSize().height();
+    const double bodyTop = kHeaderHeight * mm;
+    const int pages = doc->pageCount();
+
+    QPainter painter(device);
+    if (!painter.isActive())
+        return 0;
+    QPen pen = painter.pen();
+    pen.setWidthF(0.25 * mm);
+    painter.setPen(pen);
+    for (int page = 0; page < pages; ++page) {
+        if (page > 0)
+            device->newPage();
+        paintHeader(painter, width, mm);
+        painter.save();
+        const QRectF shown(0, page * bodyHeight, width, bodyHeight);
+        painter.translate(0, bodyTop - shown.top());
+        painter.setClipRect(shown);
+        doc->drawContents(&painter, shown);
+        painter.restore();
+        paintFooter(painter, bodyTop + bodyHeight, width, mm, page + 1, pages);
+    }
+    return pages;
+}
+
+void setReportMargins(QPagedPaintDevice *device)
+{
+    device->setPageMargins(QMarginsF(kMargin, kMargin, kMargin, kMargin), QPageLayout::Millimeter);
+}
+
+bool writeReportPdf(const TM9File &file, const QString &pdfPath)
+{
+    if (!file.hasPreviewImage())
+        return false;
+    TRgbDistribution distribution;
+    distribution.add(file.previewImage());
+    const TReport report(file, distribution.picture());
+
+    QPdfWriter writer(pdfPath);
+    writer.setPageSize(QPageSize(QPageSize::A4));
+    setReportMargins(&writer);
+    writer.setTitle(file.fileName());
+    writer.setCreator(QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion());
+    return report.print(&writer) > 0;
+}

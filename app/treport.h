@@ -1,0 +1,69 @@
+#ifndef TREPORT_H
+#define TREPORT_H
+
+// The one-page report of a raw file: a header with the program's version and
+// the maker's line, the preview with file name, date, image number and RGB
+// distribution, the "Exif-Details" table and a footer with page numbers and
+// today's date. Needs Qt Gui only, so that tolvik-info writes the same report
+// as the window prints.
+
+#include <QImage>
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+class QPagedPaintDevice;
+class QTextDocument;
+class TM9File;
+
+// Who makes Tolvik, for the report's header and the About box.
+namespace maker {
+inline constexpr char kYears[] = "2025-2026";
+inline constexpr char kName[] = "Brekko";
+inline constexpr char kWeb[] = "brekko.example";
+inline constexpr char kMail[] = "info@brekko.example";
+} // namespace maker
+
+// "Tolvik Version 0.6.2  | 2025-2026 | Brekko | brekko.example | eMail: ..."
+QString reportHeaderText();
+
+// A row of the "Exif-Details" table: name, tag number or directory, value.
+struct TReportRow {
+    QString name;
+    QString tag;
+    QString content;
+};
+QList<TReportRow> reportRows(const TM9File &file);
+
+class TReport {
+public:
+    // The file must have a preview; rgbDistribution is the picture the window
+    // shows beside it.
+    TReport(const TM9File &file, const QImage &rgbDistribution);
+
+    // Lays the report out for the device's pages and paints each of them with
+    // header and footer. Returns the number of pages.
+    int print(QPagedPaintDevice *device) const;
+
+    // The body of the report laid out for the device (no header or footer).
+    std::unique_ptr<QTextDocument> document(QPagedPaintDevice *device) const;
+
+    // The preview as the report shows it: turned upright by the orientation.
+    QImage turnedPreview() const { return m_preview; }
+
+private:
+    const TM9File &m_file;
+    QImage m_preview;
+    QImage m_rgbDistribution;
+};
+
+// The margins the report is laid out with, on paper or in a PDF.
+void setReportMargins(QPagedPaintDevice *device);
+
+// Writes the report of a processed file to a PDF, with the RGB distribution of
+// its preview alone. False when the file has no preview or the PDF cannot be
+// written.
+bool writeReportPdf(const TM9File &file, const QString &pdfPath);
+
+#endif // TREPORT_H
