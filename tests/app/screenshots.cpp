@@ -1,18 +1,54 @@
 // Photographs the real window with a file open: folded, and unfolded with the
-// mouse over the preview so that the readout shows values. Used by
-// scripts/screenshots; settings go to a temporary directory.
+// mouse over the preview so that the readout shows values; then the
+// preferences dialog and the About box, and writes the file's report as a PDF.
+// Used by scripts/screenshots; settings go to a temporary directory.
 //   tolvik-screenshots FILE.dng OUTDIR
 
 #include "mainwindow.h"
+#include "rawfile/tm9file.h"
+#include "treport.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QDialog>
+#include <QMessageBox>
 #include <QGraphicsView>
 #include <QMouseEvent>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <cstdio>
+
+namespace {
+
+bool save(QWidget &window, const QString &path)
+{
+    QTest::qWait(50);
+    if (!window.grab().save(path)) {
+        std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
+        return false;
+    }
+    std::printf("%s\n", qPrintable(path));
+    return true;
+}
+
+// Photographs the next modal dialog that action opens, then closes it.
+bool saveDialog(QWidget &window, const char *action, const QString &path)
+{
+    bool saved = false;
+    QTimer::singleShot(300, &window, [&] {
+        if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
+            saved = save(*dialog, path);
+            dialog->reject();
+        }
+    });
+    window.findChild<QAction *>(QLatin1String(action))->trigger();
+    return saved;
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -32,15 +68,8 @@ int main(int argc, char *argv[])
     if (!QTest::qWaitForWindowExposed(&window))
         return 1;
     window.openFile(args[1]);
-    const auto save = [&](const char *name) {
-        QTest::qWait(50);
-        const QString path = args[2] + QLatin1Char('/') + QLatin1String(name);
-        const bool saved = window.grab().save(path);
-        std::fprintf(saved ? stdout : stderr, saved ? "%s\n" : "cannot write %s\n",
-                     qPrintable(path));
-        return saved;
-    };
-    if (!save("folded.png"))
+    const QString dir = args[2] + QLatin1Char('/');
+    if (!save(window, dir + QStringLiteral("folded.png")))
         return 1;
 
     window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"))->click();
@@ -51,5 +80,22 @@ int main(int argc, char *argv[])
     QMouseEvent move(QEvent::MouseMove, at, view->viewport()->mapToGlobal(at), Qt::NoButton,
                      Qt::NoButton, Qt::NoModifier);
     QApplication::sendEvent(view->viewport(), &move);
-    return save("unfolded.png") ? 0 : 1;
+    if (!save(window, dir + QStringLiteral("unfolded.png")))
+        return 1;
+
+    QSettings().setValue(QStringLiteral("OtherSettings/programmListe"),
+                         QStringList{QStringLiteral("/usr/bin/darktable"),
+                                     QStringLiteral("/usr/bin/gimp")});
+    MainWindow withPrograms;
+    withPrograms.show();
+    if (!saveDialog(withPrograms, "actionPreferences", dir + QStringLiteral("preferences.png")) ||
+        !saveDialog(withPrograms, "actionAbout_Tolvik", dir + QStringLiteral("about.png")))
+        return 1;
+
+    TM9File file(args[1]);
+    const QString pdf = dir + QStringLiteral("report.pdf");
+    if (!file.processFile() || !writeReportPdf(file, pdf))
+        return 1;
+    std::printf("%s\n", qPrintable(pdf));
+    return 0;
 }

@@ -83,6 +83,8 @@ private slots:
     void previewTurnedByOrientation_data();
     void previewTurnedByOrientation();
     void printNeedsAFileWithPreview();
+    void reportFromCommandLine_data();
+    void reportFromCommandLine();
 
     void preferences_data();
     void preferences();
@@ -192,6 +194,28 @@ void TestCommands::printNeedsAFileWithPreview()
     apptest::whenModal<QPrintPreviewDialog>(closePreview);
     window.findChild<QAction *>(QStringLiteral("actionPrint"))->trigger();
     QVERIFY(previewShown);
+}
+
+void TestCommands::reportFromCommandLine_data()
+{
+    QTest::addColumn<QByteArray>("model");
+    QTest::addColumn<int>("status");
+    QTest::newRow("M9: written") << QByteArray("M9 Digital Camera") << 0;
+    QTest::newRow("M8: rejected, nothing written") << QByteArray("M8 Digital Camera") << 1;
+}
+
+void TestCommands::reportFromCommandLine()
+{
+    QFETCH(QByteArray, model);
+    fixture::SampleM9 options;
+    options.model = model;
+    const QString raw = apptest::writeSample(m_files, QString::fromLatin1(model) + ".DNG", options);
+    const QString pdf = raw + QStringLiteral(".pdf");
+    QProcess cli;
+    cli.start(QStringLiteral(TOLVIK_INFO), {QStringLiteral("--report"), pdf, raw});
+    QVERIFY(cli.waitForFinished());
+    QTEST(cli.exitCode(), "status");
+    QCOMPARE(QFile::exists(pdf), cli.exitCode() == 0);
 }
 
 void TestCommands::preferences_data()
