@@ -48,43 +48,6 @@ inline QString writeSample(const QTemporaryDir &dir, const QString &name,
     return writeBytes(dir, name, fixture::sampleM9Dng(options));
 }
 
-// What a message box showed before the helper answered it.
-struct AnsweredBox {
-    bool seen = false;
-    QString text;
-    QString title;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    QWidget *parent = nullptr;
-    QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
-};
-
-// Waits (for up to five seconds of event processing) for the next modal
-// message box and clicks its button. Call before the action that opens it.
-inline std::shared_ptr<AnsweredBox> answerNextBox(QMessageBox::StandardButton button)
-{
-    auto answer = std::make_shared<AnsweredBox>();
-    auto *timer = new QTimer(qApp);
-    auto tries = std::make_shared<int>(0);
-    QObject::connect(timer, &QTimer::timeout, timer, [=] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box) {
-            if (++*tries > 250)
-                timer->deleteLater();
-            return;
-        }
-        timer->stop();
-        timer->deleteLater();
-        *answer = {true,        box->text(),         box->windowTitle(),
-                   box->icon(), box->parentWidget(), box->standardButton(box->defaultButton())};
-        if (QAbstractButton *b = box->button(button))
-            b->click();
-        else
-            box->reject();
-    });
-    timer->start(20);
-    return answer;
-}
-
 // Runs act on the next modal dialog of type T once it shows (waiting up to
 // five seconds of event processing). Call before the action that opens it.
 template <typename T> inline void whenModal(std::function<void(T *)> act)
@@ -101,6 +64,31 @@ template <typename T> inline void whenModal(std::function<void(T *)> act)
             act(dialog);
     });
     timer->start(20);
+}
+
+// What a message box showed before the helper answered it.
+struct AnsweredBox {
+    bool seen = false;
+    QString text;
+    QString title;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QWidget *parent = nullptr;
+    QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
+};
+
+// Clicks the button of the next modal message box, noting what it showed.
+inline std::shared_ptr<AnsweredBox> answerNextBox(QMessageBox::StandardButton button)
+{
+    auto answer = std::make_shared<AnsweredBox>();
+    whenModal<QMessageBox>([=](QMessageBox *box) {
+        *answer = {true,        box->text(),         box->windowTitle(),
+                   box->icon(), box->parentWidget(), box->standardButton(box->defaultButton())};
+        if (QAbstractButton *b = box->button(button))
+            b->click();
+        else
+            box->reject();
+    });
+    return answer;
 }
 
 inline QString labelText(const QWidget *window, const QString &name)
