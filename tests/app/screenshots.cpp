@@ -11,8 +11,8 @@
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
-#include <QMessageBox>
 #include <QGraphicsView>
+#include <QMessageBox>
 #include <QMouseEvent>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -83,9 +83,9 @@ int main(int argc, char *argv[])
     if (!save(window, dir + QStringLiteral("unfolded.png")))
         return 1;
 
-    QSettings().setValue(QStringLiteral("OtherSettings/programmListe"),
-                         QStringList{QStringLiteral("/usr/bin/darktable"),
-                                     QStringLiteral("/usr/bin/gimp")});
+    QSettings().setValue(
+        QStringLiteral("OtherSettings/programmListe"),
+        QStringList{QStringLiteral("/usr/bin/darktable"), QStringLiteral("/usr/bin/gimp")});
     MainWindow withPrograms;
     withPrograms.show();
     if (!saveDialog(withPrograms, "actionPreferences", dir + QStringLiteral("preferences.png")) ||

@@ -40,10 +40,8 @@ void TestPreview::initTestCase()
 
 QImage TestPreview::distributionPicture(const MainWindow &window)
 {
-    return window.findChild<QLabel *>(QStringLiteral("lblRGBPic"))
-        ->pixmap()
-        .toImage()
-        .convertToFormat(QImage::Format_ARGB32);
+    const QPixmap pixmap = window.findChild<QLabel *>(QStringLiteral("lblRGBPic"))->pixmap();
+    return pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
 }
 
 QString TestPreview::write(const QImage &preview)
