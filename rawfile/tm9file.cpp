@@ -127,8 +127,7 @@ bool TM9File::processFile()
         closeData();
         return false;
     }
-    if (m_fileTyp == 1)
-        m_preview.reset(extractPreviewPic(m_exif.stripOffsets, m_exif.stripByteCounts));
+    m_previewFound = m_fileTyp == 1; // made when first asked for
     closeData();
     return true;
 }
