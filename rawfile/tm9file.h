@@ -195,7 +195,6 @@ private:
     // File access
     QString m_path;
     std::unique_ptr<QFile> m_file;
-    std::unique_ptr<QByteArray> m_fallbackData; // file contents when it cannot be mapped
     TByteReader m_reader;
 
     // Container state
