@@ -17,48 +17,64 @@
 template <typename Result, typename Work, typename Deliver>
 void runInOrder(int count, int threads, Work work, Deliver deliver)
 {
-    if (threads <= 1 || count <= 1) {
-        for (int i = 0; i < count; ++i)
-            deliver(i, work(i));
-        return;
-    }
-    const int window = threads * limits::kFilesInFlightPerThread;
+    const int window = std::max(threads, 1) * limits::kFilesInFlightPerThread;
     std::vector<std::optional<Result>> slots(
-        static_cast<std::size_t>(window)); // item i in slot i % window
+        static_cast<std::size_t>(window)); // item i at i % window
     std::mutex mutex;
-    std::condition_variable changed;
-    int next = 0;      // the next item a thread takes
+    // Each side is woken only when it cannot go on otherwise: switching
+    // threads costs about as much as reading a file.
+    std::condition_variable resultReady, slotFree;
+    int next = 0;      // the next item to take
     int delivered = 0; // items handed to deliver
+    const auto mayTake = [&] { return next < count && next < delivered + window; };
+    const auto slotOf = [&](int i) -> std::optional<Result> & {
+        return slots[std::size_t(i % window)];
+    };
 
     const auto worker = [&] {
         std::unique_lock lock(mutex);
         for (;;) {
-            changed.wait(lock, [&] { return next >= count || next < delivered + window; });
+            slotFree.wait(lock, [&] { return next >= count || mayTake(); });
             if (next >= count)
                 return;
             const int i = next++;
             lock.unlock();
             Result result = work(i);
             lock.lock();
-            slots[std::size_t(i % window)] = std::move(result);
-            changed.notify_all();
+            slotOf(i) = std::move(result);
+            if (i == delivered)
+                resultReady.notify_one();
         }
     };
     std::vector<std::thread> pool;
-    for (int t = 0; t < threads; ++t)
+    for (int t = 1; t < threads; ++t)
         pool.emplace_back(worker);
 
-    for (int i = 0; i < count; ++i) {
-        std::optional<Result> &slot = slots[std::size_t(i % window)];
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [&] { return slot.has_value(); });
-        Result result = std::move(*slot);
-        slot.reset();
-        ++delivered;
-        changed.notify_all();
-        lock.unlock();
-        deliver(i, std::move(result));
+    // The calling thread delivers what is ready and otherwise works itself.
+    std::unique_lock lock(mutex);
+    while (delivered < count) {
+        std::optional<Result> &slot = slotOf(delivered);
+        if (slot) {
+            Result result = std::move(*slot);
+            slot.reset();
+            const int i = delivered++;
+            if (next >= i + window) // the window was full: a thread may wait for it
+                slotFree.notify_one();
+            lock.unlock();
+            deliver(i, std::move(result));
+            lock.lock();
+        } else if (mayTake()) {
+            const int i = next++;
+            lock.unlock();
+            Result result = work(i);
+            lock.lock();
+            slotOf(i) = std::move(result);
+        } else {
+            resultReady.wait(lock, [&] { return slot.has_value(); });
+        }
     }
+    lock.unlock();
+    slotFree.notify_all(); // threads still waiting for a slot see that all is taken
     for (std::thread &thread : pool)
         thread.join();
 }
