@@ -13,6 +13,8 @@ void TByteReader::setData(const uchar *data, qint64 size)
     clear();
     m_data = data;
     m_size = data ? size : 0;
+    m_last = data;
+    m_lastSize = m_size;
 }
 
 void TByteReader::setFile(QFile *file)
@@ -30,6 +32,8 @@ void TByteReader::clear()
     m_viewBytes.clear();
     for (Block &block : m_blocks)
         block.start = -1;
+    m_last = nullptr;
+    m_lastSize = 0;
     m_data = nullptr;
     m_file = nullptr;
     m_size = 0;
@@ -59,8 +63,10 @@ QByteArrayView TByteReader::bytesAt(qint64 position)
             m_file->seek(start) ? m_file->read(found->bytes.data(), found->bytes.size()) : -1;
         found->bytes.resize(qsizetype(std::max<qint64>(got, 0)));
     }
-    return QByteArrayView(found->bytes)
-        .sliced(std::min(position - start, qint64(found->bytes.size())));
+    m_last = reinterpret_cast<const uchar *>(found->bytes.constData());
+    m_lastStart = start;
+    m_lastSize = found->bytes.size();
+    return QByteArrayView(found->bytes).sliced(std::min(position - start, m_lastSize));
 }
 
 const uchar *TByteReader::take(qint64 count)
@@ -70,16 +76,20 @@ const uchar *TByteReader::take(qint64 count)
     m_budget -= count;
     if (m_budget < 0 || start < 0 || start > m_size - count)
         return nullptr;
+    if (start >= m_lastStart && start - m_lastStart <= m_lastSize - count)
+        return m_last + (start - m_lastStart);
     const QByteArrayView first = bytesAt(start);
     if (first.size() >= count)
         return reinterpret_cast<const uchar *>(first.data());
     if (first.isEmpty() || count > qint64(m_straddle.size()))
         return nullptr;
-    const QByteArrayView second = bytesAt(start + first.size());
-    if (first.size() + second.size() < count)
+    // The first part is copied before the second block is read, which may replace it.
+    const qint64 firstSize = first.size();
+    std::memcpy(m_straddle.data(), first.data(), size_t(firstSize));
+    const QByteArrayView second = bytesAt(start + firstSize);
+    if (firstSize + second.size() < count)
         return nullptr;
-    std::memcpy(m_straddle.data(), first.data(), size_t(first.size()));
-    std::memcpy(m_straddle.data() + first.size(), second.data(), size_t(count - first.size()));
+    std::memcpy(m_straddle.data() + firstSize, second.data(), size_t(count - firstSize));
     return m_straddle.data();
 }
 

@@ -75,6 +75,12 @@ private:
     qint64 m_budget = 0;
     bool m_bigEndian = true;
 
+    // The bytes last reached, from file position m_lastStart on: most reads
+    // fall into the block of the read before.
+    const uchar *m_last = nullptr;
+    qint64 m_lastStart = 0;
+    qint64 m_lastSize = 0;
+
     std::array<Block, 8> m_blocks; // replaced in turn
     std::size_t m_nextBlock = 0;
     std::array<uchar, 8> m_straddle{}; // a value that spans two blocks

@@ -1,6 +1,7 @@
 // Recognising and loading a file: byte orders, JPEG with Exif, the model test,
 // and files that are broken, hostile or not there at all.
 
+#include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 #include "tests/support/samplem9.h"
 
@@ -44,6 +45,7 @@ private Q_SLOTS:
     void reproducers_data();
     void reproducers();
     void truncatedAtEveryLength();
+    void valuesAcrossBlockEdges();
     void randomBytes();
 };
 
@@ -226,6 +228,27 @@ void TestLoading::truncatedAtEveryLength()
         TM9File preflight(path);
         preflight.processFilePreflight();
     }
+}
+
+// The file is fetched in blocks: shifting the directories behind the raw data
+// by 0 to 15 bytes puts every kind of field across a block edge once.
+void TestLoading::valuesAcrossBlockEdges()
+{
+    TempFiles files;
+    QList<std::pair<QString, QString>> unshifted;
+    for (int shift = 0; shift < 16; ++shift) {
+        SampleM9 options;
+        options.withGps = true;
+        options.rawDataBytes = 4096 + shift;
+        TM9File file(files.write("shifted.dng", sampleM9Dng(options)));
+        QVERIFY(file.processFile());
+        auto rows = panelRows(panelTexts(file));
+        rows.append({QStringLiteral("GPS"), file.gps_0x0002_LatitudeAsString()});
+        if (shift == 0)
+            unshifted = rows;
+        QCOMPARE(rows, unshifted);
+    }
+    QCOMPARE(unshifted[1].second, QStringLiteral("3912204")); // from the maker note's sub-directory
 }
 
 void TestLoading::randomBytes()
