@@ -163,7 +163,8 @@ TFileResult readFile(const QString &path, const TOptions &options)
 class TProgress {
 public:
     explicit TProgress(int total)
-        : m_total(total), m_shown(total >= kProgressFromFiles && isatty(STDERR_FILENO))
+        : m_total(total), m_shown(total >= kProgressFromFiles && isatty(STDERR_FILENO)),
+          m_sharesLine(m_shown && isatty(STDOUT_FILENO))
     {
     }
     ~TProgress() { clear(); }
@@ -177,10 +178,22 @@ public:
         if (m_shown)
             std::fputs("\r\033[K", stderr);
     }
+    // Output to the same terminal starts on a cleared line.
+    void beforeOutput()
+    {
+        if (m_sharesLine)
+            clear();
+    }
+    void afterOutput()
+    {
+        if (m_sharesLine)
+            std::fflush(stdout);
+    }
 
 private:
     int m_total;
     bool m_shown;
+    bool m_sharesLine;
 };
 
 // Only the reader's own trace lines get through (QT_LOGGING_RULES turns them
@@ -227,7 +240,9 @@ int main(int argc, char *argv[])
                 std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), kRejected);
                 status = 1;
             }
+            progress.beforeOutput();
             std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
+            progress.afterOutput();
             progress.show(i + 1);
         });
     return status;
