@@ -16,6 +16,7 @@
 #include <QStringList>
 #include <QThread>
 
+#include <algorithm>
 #include <cstdio>
 #include <unistd.h>
 
@@ -54,11 +55,12 @@ struct TOptions {
     bool all = false;
     bool preflight = false;
     int jobs = 0; // 0: one per core
+    bool help = false;
     QStringList paths;
 };
 
-// Fills options from the arguments. Returns an empty text when the files are
-// to be read, "help" for --help, or the reason the arguments are wrong.
+// Fills options from the arguments; returns the reason they are wrong, or
+// an empty text.
 QString parseArguments(const QStringList &args, TOptions &options)
 {
     bool optionsEnd = false;
@@ -75,7 +77,8 @@ QString parseArguments(const QStringList &args, TOptions &options)
         } else if (arg == QLatin1String("--")) {
             optionsEnd = true;
         } else if (arg == QLatin1String("--help")) {
-            return QStringLiteral("help");
+            options.help = true;
+            return QString();
         } else if (arg == QLatin1String("--json")) {
             options.format = TFormat::Json;
         } else if (arg == QLatin1String("--csv")) {
@@ -213,7 +216,7 @@ int main(int argc, char *argv[])
 
     TOptions options;
     const QString problem = parseArguments(app.arguments().mid(1), options);
-    if (problem == QLatin1String("help")) {
+    if (options.help) {
         std::fputs(kUsage, stdout);
         return 0;
     }
@@ -226,7 +229,7 @@ int main(int argc, char *argv[])
     int jobs = options.jobs > 0 ? options.jobs : QThread::idealThreadCount();
     if (lcTiffEntries().isDebugEnabled())
         jobs = 1; // keeps each file's trace lines together
-    jobs = qBound(1, jobs, qMin(limits::kMaxJobs, int(files.size())));
+    jobs = std::max(1, std::min({jobs, limits::kMaxJobs, int(files.size())}));
 
     if (options.format == TFormat::Csv)
         std::fputs(csvHeader(rowsOf(TM9File(), options, false)).constData(), stdout);
