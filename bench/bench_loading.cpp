@@ -44,7 +44,6 @@ void BM_ProcessFile(benchmark::State &state)
         if (!accepted)
             state.SkipWithError("the sample was not accepted");
     }
-    state.counters["file_MB"] = double(QFile(path).size()) / 1e6;
 }
 
 void BM_ProcessFileAndPreview(benchmark::State &state)
