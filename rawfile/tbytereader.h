@@ -25,7 +25,7 @@ class QFile;
 class TByteReader {
 public:
     void setData(const uchar *data, qint64 size); // bytes in memory
-    void setFile(QFile *file);                    // an open file, read on demand
+    void setFile(QFile *file, qint64 size);       // an open file, read on demand
     void clear();
     bool hasData() const { return m_data != nullptr || m_file != nullptr; }
 

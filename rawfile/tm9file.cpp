@@ -37,7 +37,11 @@ quint32 TM9File::panasonicSubDirPosition(int index) const
 void TM9File::openFile()
 {
     // Only regular files are opened: a pipe or device would block or never end.
-    if (m_file && !m_file->isOpen() && QFileInfo(m_path).isFile())
+    if (!m_file || m_file->isOpen())
+        return;
+    const QFileInfo info(m_path);
+    m_fileSize = info.size();
+    if (info.isFile())
         m_file->open(QIODevice::ReadOnly | QIODevice::Unbuffered); // the reader reads whole blocks
 }
 
@@ -46,7 +50,7 @@ void TM9File::openData()
     m_reader.clear();
     openFile();
     if (m_file && m_file->isOpen())
-        m_reader.setFile(m_file.get()); // read in blocks as the walk reaches them
+        m_reader.setFile(m_file.get(), m_fileSize); // read in blocks as the walk reaches them
     m_reader.setBudget(limits::kReadBudget);
     m_directoriesWalked = 0;
     m_reader.setBigEndian(true);

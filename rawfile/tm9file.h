@@ -195,6 +195,7 @@ private:
     // File access
     QString m_path;
     std::unique_ptr<QFile> m_file;
+    qint64 m_fileSize = 0; // when it was opened
     TByteReader m_reader;
 
     // Container state
