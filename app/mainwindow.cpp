@@ -242,7 +242,7 @@ void MainWindow::on_actionPreferences_triggered()
 
 void MainWindow::on_actionPrint_triggered()
 {
-    if (!rawFile || !rawFile->hasPreviewImage())
+    if (!rawFile || !rawFile->hasPreviewImage() || !rawFile->previewImage())
         return;
     const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage());
     QPrinter printer;
@@ -266,7 +266,7 @@ void MainWindow::on_actionSave_Preview_triggered()
     const QString path =
         QFileDialog::getSaveFileName(this, tr("Save PreviewPicture as jpg"),
                                      previewProposal(currentFileName), tr("Images (*.jpg)"));
-    if (path.isEmpty() || !rawFile || !rawFile->hasPreviewImage())
+    if (path.isEmpty() || !rawFile || !rawFile->hasPreviewImage() || !rawFile->previewImage())
         return;
     const QPixmap preview = *rawFile->previewImage();
     preview.save(path, "jpg", -1);
@@ -416,8 +416,8 @@ void MainWindow::updateBild()
 
     // A file without a preview gives an empty, zero-sized view.
     QPixmap pixmap;
-    if (rawFile->hasPreviewImage())
-        pixmap = *rawFile->previewImage();
+    if (const QPixmap *preview = rawFile->hasPreviewImage() ? rawFile->previewImage() : nullptr)
+        pixmap = *preview;
     auto *item = new TMyGraphicsPixmapItem(pixmap);
     scene->addItem(item);
 

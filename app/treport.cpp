@@ -252,11 +252,11 @@ QList<TReportRow> reportRows(const TM9File &file)
     };
 }
 
-TReport::TReport(const TM9File &file, const QImage &rgbDistribution)
+TReport::TReport(TM9File &file, const QImage &rgbDistribution)
     : m_file(file), m_rgbDistribution(rgbDistribution)
 {
-    if (file.hasPreviewImage())
-        m_preview = turnedByOrientation(file.previewImage()->toImage(), file.exif().orientation);
+    if (const QPixmap *preview = file.hasPreviewImage() ? file.previewImage() : nullptr)
+        m_preview = turnedByOrientation(preview->toImage(), file.exif().orientation);
 }
 
 std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) const
@@ -312,9 +312,9 @@ void setReportMargins(QPagedPaintDevice *device)
     device->setPageMargins(QMarginsF(kMargin, kMargin, kMargin, kMargin), QPageLayout::Millimeter);
 }
 
-bool writeReportPdf(const TM9File &file, const QString &pdfPath)
+bool writeReportPdf(TM9File &file, const QString &pdfPath)
 {
-    if (!file.hasPreviewImage())
+    if (!file.hasPreviewImage() || !file.previewImage())
         return false;
     TRgbDistribution distribution;
     distribution.add(file.previewImage());

@@ -38,9 +38,9 @@ QList<TReportRow> reportRows(const TM9File &file);
 
 class TReport {
 public:
-    // The file must have a preview; rgbDistribution is the picture the window
-    // shows beside it.
-    TReport(const TM9File &file, const QImage &rgbDistribution);
+    // The file must have a preview (made here if it was not yet);
+    // rgbDistribution is the picture the window shows beside it.
+    TReport(TM9File &file, const QImage &rgbDistribution);
 
     // Lays the report out for the device's pages and paints each of them with
     // header and footer. Returns the number of pages.
@@ -64,6 +64,6 @@ void setReportMargins(QPagedPaintDevice *device);
 // Writes the report of a processed file to a PDF, with the RGB distribution of
 // its preview alone. False when the file has no preview or the PDF cannot be
 // written.
-bool writeReportPdf(const TM9File &file, const QString &pdfPath);
+bool writeReportPdf(TM9File &file, const QString &pdfPath);
 
 #endif // TREPORT_H

@@ -1,34 +1,51 @@
 // tolvik-info: prints what Tolvik shows for raw files, for scripts and for
 // sorting a card full of files.
 
+#include "cli/inorder.h"
+#include "cli/limits.h"
 #include "cli/queries.h"
+#include "cli/records.h"
 #include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
+#include "rawfile/dngfiles.h"
+#include "rawfile/tiffentry.h"
 #include "rawfile/tm9file.h"
 #include "treport.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QGuiApplication>
-#include <QPixmap>
+#include <QSize>
 #include <QStringList>
+#include <QThread>
 
-#include <cmath>
+#include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <unistd.h>
 
 namespace {
 
 constexpr char kUsage[] =
-    "usage: tolvik-info [--json] [--all] [--preflight] FILE...\n"
+    "usage: tolvik-info [--json | --csv] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
     "       tolvik-info --report OUT.pdf FILE\n"
+    "       tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
     "information panel (camera, serial number, firmware, file name, date/time,\n"
     "ISO, exposure, aperture, metering, program, correction, frame selector,\n"
     "focal length, lens, light values, temperature, image ID).\n"
+    "A folder is searched, with its sub-folders, for *.dng files in any letter\n"
+    "case, read in name order; a file named here is read whatever its name.\n"
     "\n"
     "  --json       one JSON object per file, one line each\n"
+    "  --csv        a header row and one row per file (RFC 4180); a rejected file's\n"
+    "               row has its path and the reason in the last column, \"error\"\n"
     "  --all        add every query and decoder of the reader, keyed by method name,\n"
     "               and the values stored per directory\n"
     "  --preflight  run the quick pass instead (model, thumbnail, F-number, focal length)\n"
+    "  -j N         read N files at a time (default: one per processor core);\n"
+    "               the output is the same for every N\n"
     "  --report OUT.pdf  write the one-page report of FILE, as the window prints it\n"
     "  --sony-makernote OFFSET\n"
     "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
@@ -40,132 +57,174 @@ constexpr char kUsage[] =
 
 const char kRejected[] = "Fehler bei der Verarbeitung. Keine native DNG-Datei!";
 
-using Row = TOutputRow;
+// A progress line appears only for runs long enough to be watched.
+constexpr int kProgressFromFiles = 101;
 
-QString jsonString(const QString &text)
+struct TOptions {
+    TFormat format = TFormat::Text;
+    bool all = false;
+    bool preflight = false;
+    int jobs = 0; // 0: one per core
+    bool help = false;
+    QString reportPath; // --report: the PDF of one file
+    QString sonyOffset; // --sony-makernote: where the Sony directory lies
+    QStringList paths;
+};
+
+// Fills options from the arguments; returns the reason they are wrong, or
+// an empty text.
+QString parseArguments(const QStringList &args, TOptions &options)
 {
-    QString out = QStringLiteral("\"");
-    for (const QChar c : text) {
-        switch (c.unicode()) {
-        case '"': out += QLatin1String("\\\""); break;
-        case '\\': out += QLatin1String("\\\\"); break;
-        case '\n': out += QLatin1String("\\n"); break;
-        case '\r': out += QLatin1String("\\r"); break;
-        case '\t': out += QLatin1String("\\t"); break;
-        default:
-            if (c.unicode() < 0x20)
-                out += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
-            else
-                out += c;
+    bool optionsEnd = false;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &arg = args[i];
+        // An option's value: the next argument, or the rest of "-j4".
+        const auto value = [&](qsizetype prefix) -> QString {
+            if (arg.size() > prefix)
+                return arg.mid(prefix);
+            return ++i < args.size() ? args[i] : QString();
+        };
+        if (optionsEnd || arg == QLatin1String("-") || !arg.startsWith(QLatin1Char('-'))) {
+            options.paths.append(arg);
+        } else if (arg == QLatin1String("--")) {
+            optionsEnd = true;
+        } else if (arg == QLatin1String("--help")) {
+            options.help = true;
+            return QString();
+        } else if (arg == QLatin1String("--json")) {
+            options.format = TFormat::Json;
+        } else if (arg == QLatin1String("--csv")) {
+            options.format = TFormat::Csv;
+        } else if (arg == QLatin1String("--all")) {
+            options.all = true;
+        } else if (arg == QLatin1String("--preflight")) {
+            options.preflight = true;
+        } else if (arg == QLatin1String("--report")) {
+            options.reportPath = value(arg.size());
+            if (options.reportPath.isEmpty())
+                return QStringLiteral("--report needs the path of the PDF");
+        } else if (arg == QLatin1String("--sony-makernote")) {
+            options.sonyOffset = value(arg.size());
+            if (options.sonyOffset.isEmpty())
+                return QStringLiteral("--sony-makernote needs an offset");
+        } else if (arg.startsWith(QLatin1String("-j"))) {
+            bool ok = false;
+            options.jobs = value(2).toInt(&ok);
+            if (!ok || options.jobs < 1)
+                return QStringLiteral("-j needs a number of files at a time, 1 or more");
+        } else {
+            return QStringLiteral("unknown option ") + arg;
         }
     }
-    return out + QLatin1Char('"');
+    if (options.paths.isEmpty())
+        return QStringLiteral("no file given");
+    if ((!options.reportPath.isEmpty() || !options.sonyOffset.isEmpty()) &&
+        options.paths.size() != 1)
+        return QStringLiteral("--report and --sony-makernote take one file");
+    return QString();
 }
 
-QString doubleText(double value)
+// Folders become the DNG files below them; files stay as named.
+QStringList filesToRead(const QStringList &paths)
 {
-    if (std::isnan(value))
-        return QStringLiteral("nan");
-    if (std::isinf(value))
-        return value > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
-}
-
-QString jsonValue(const QVariant &value)
-{
-    switch (value.typeId()) {
-    case QMetaType::UnknownType: return QStringLiteral("null");
-    case QMetaType::Bool: return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
-    case QMetaType::Double: {
-        const double d = value.toDouble();
-        return std::isfinite(d) ? doubleText(d) : jsonString(doubleText(d));
+    QStringList files;
+    for (const QString &path : paths) {
+        if (QFileInfo(path).isDir())
+            files += dngFilesUnder(path);
+        else
+            files.append(path);
     }
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Short:
-    case QMetaType::UShort: return value.toString();
-    default: return jsonString(value.toString());
-    }
+    return files;
 }
 
-QString plainValue(const QVariant &value)
+QString sizeText(const QSize &size)
 {
-    if (value.typeId() == QMetaType::Double)
-        return doubleText(value.toDouble());
-    if (value.typeId() == QMetaType::Bool)
-        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
-    return value.toString();
+    return size.isValid() ? QStringLiteral("%1x%2").arg(size.width()).arg(size.height())
+                          : QString();
 }
 
-void print(const QString &path, const QList<Row> &rows, bool json)
+// The rows of one file, after its pass; builds no picture, so any thread may call it.
+QList<TRow> rowsOf(const TM9File &file, const TOptions &options, bool accepted)
 {
-    QString out;
-    if (json) {
-        QStringList members{jsonString(QStringLiteral("file")) + QLatin1Char(':') +
-                            jsonString(path)};
-        for (const auto &[key, value] : rows) {
-            // Captions lose their colon as keys: "Date/Time:" becomes "Date/Time".
-            const QString name = key.endsWith(QLatin1Char(':')) ? key.chopped(1) : key;
-            members.append(jsonString(name) + QLatin1Char(':') + jsonValue(value));
-        }
-        out = QLatin1Char('{') + members.join(QLatin1Char(',')) + QStringLiteral("}\n");
+    QList<TRow> rows{
+        {options.preflight ? QStringLiteral("processFilePreflight") : QStringLiteral("processFile"),
+         accepted}};
+    if (options.preflight) {
+        const QString thumbnail = sizeText(file.thumbnailSize());
+        rows += {
+            {QStringLiteral("Model:"), file.exif().model},
+            {QStringLiteral("Thumbnail:"),
+             thumbnail.isEmpty() ? QStringLiteral("none") : thumbnail},
+            {QStringLiteral("F-Number:"), file.exif_0x829D_FNumberAsString()},
+            {QStringLiteral("Focal Length:"), focalLengthText(file)},
+        };
     } else {
-        out = path + QLatin1Char('\n');
-        for (const auto &[key, value] : rows)
-            out += QStringLiteral("  %1 %2\n").arg(key, -26).arg(plainValue(value));
+        for (const auto &[caption, text] : panelRows(panelTexts(file)))
+            rows.append({caption, text});
     }
-    std::fputs(out.toUtf8().constData(), stdout);
-}
-
-QList<Row> panelRowsOf(const TM9File &file)
-{
-    QList<Row> rows;
-    for (const auto &[caption, text] : panelRows(panelTexts(file)))
-        rows.append({caption, text});
+    if (options.all) {
+        for (const TQuery &query : allQueries())
+            rows.append({QString::fromLatin1(query.name), query.value(file)});
+        for (const TQuery &field : storedValues())
+            rows.append({QString::fromLatin1(field.name), field.value(file)});
+    }
     return rows;
 }
 
-QList<Row> preflightRows(const TM9File &file)
+struct TFileResult {
+    QByteArray out;
+    bool accepted = false;
+};
+
+TFileResult readFile(const QString &path, const TOptions &options)
 {
-    const QPixmap *thumbnail = file.thumbnailImage();
-    return {
-        {QStringLiteral("Model:"), file.exif().model},
-        {QStringLiteral("Thumbnail:"),
-         thumbnail ? QStringLiteral("%1x%2").arg(thumbnail->width()).arg(thumbnail->height())
-                   : QStringLiteral("none")},
-        {QStringLiteral("F-Number:"), file.exif_0x829D_FNumberAsString()},
-        {QStringLiteral("Focal Length:"), focalLengthText(file)},
-    };
+    TM9File file(path);
+    const bool accepted = options.preflight ? file.processFilePreflight() : file.processFile();
+    return {record(options.format, path, rowsOf(file, options, accepted), accepted,
+                   QString::fromLatin1(kRejected)),
+            accepted};
 }
 
-QList<Row> queryRows(const TM9File &file)
-{
-    QList<Row> rows;
-    for (const TQuery &query : allQueries())
-        rows.append({QString::fromLatin1(query.name), query.value(file)});
-    for (const TQuery &field : storedValues())
-        rows.append({QString::fromLatin1(field.name), field.value(file)});
-    return rows;
-}
+// "312/1000 files" on a terminal, rewritten in place and cleared at the end.
+class TProgress {
+public:
+    explicit TProgress(int total)
+        : m_total(total), m_shown(total >= kProgressFromFiles && isatty(STDERR_FILENO)),
+          m_sharesLine(m_shown && isatty(STDOUT_FILENO))
+    {
+    }
+    ~TProgress() { clear(); }
+    void show(int done)
+    {
+        if (m_shown)
+            std::fprintf(stderr, "\r%d/%d files", done, m_total);
+    }
+    void clear()
+    {
+        if (m_shown)
+            std::fputs("\r\033[K", stderr);
+    }
+    // Output to the same terminal starts on a cleared line.
+    void beforeOutput()
+    {
+        if (m_sharesLine)
+            clear();
+    }
+    void afterOutput()
+    {
+        if (m_sharesLine)
+            std::fflush(stdout);
+    }
 
-// Only the reader's own trace lines get through (QT_LOGGING_RULES turns them
-// on); Qt's notes about the session or a damaged thumbnail are not output.
-void keepOwnMessages(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (type == QtFatalMsg || qstrncmp(context.category, "tolvik.", 7) == 0)
-        std::fprintf(stderr, "%s\n", qPrintable(message));
-}
+private:
+    int m_total;
+    bool m_shown;
+    bool m_sharesLine;
+};
 
 // The report of one file as a PDF; nothing is written for a rejected file.
-int writeReport(const QString &pdfPath, const QStringList &files)
+int writeReport(const QString &pdfPath, const QString &path)
 {
-    if (files.size() != 1) {
-        std::fputs(kUsage, stderr);
-        return 2;
-    }
-    const QString &path = files.first();
     TM9File file(path);
     if (!file.processFile()) {
         std::fprintf(stderr, "%s: %s\n", qPrintable(path), kRejected);
@@ -182,74 +241,74 @@ int writeReport(const QString &pdfPath, const QStringList &files)
     return 0;
 }
 
+// Only the reader's own trace lines get through (QT_LOGGING_RULES turns them
+// on); Qt's notes, such as one about a damaged thumbnail, are not output.
+void keepOwnMessages(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtFatalMsg || qstrncmp(context.category, "tolvik.", 7) == 0)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    // Pictures need a GUI application, not a display.
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     qInstallMessageHandler(keepOwnMessages);
-    QGuiApplication app(argc, argv);
-    QGuiApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
-
-    bool json = false, all = false, preflight = false;
-    QString reportPath;
-    QStringList files;
-    const QStringList args = app.arguments().mid(1);
-    bool optionsEnd = false;
-    std::optional<QString> sonyOffset;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString &arg = args[i];
-        if (!optionsEnd && arg == QLatin1String("--report") && i + 1 < args.size()) {
-            reportPath = args[++i];
-        } else if (!optionsEnd && arg == QLatin1String("--sony-makernote") && i + 1 < args.size()) {
-            sonyOffset = args[++i];
-        } else if (!optionsEnd && arg == QLatin1String("--")) {
-            optionsEnd = true;
-        } else if (!optionsEnd && arg == QLatin1String("--help")) {
-            std::fputs(kUsage, stdout);
-            return 0;
-        } else if (!optionsEnd && arg == QLatin1String("--json")) {
-            json = true;
-        } else if (!optionsEnd && arg == QLatin1String("--all")) {
-            all = true;
-        } else if (!optionsEnd && arg == QLatin1String("--preflight")) {
-            preflight = true;
-        } else if (!optionsEnd && arg.startsWith(QLatin1Char('-')) && arg.size() > 1) {
-            std::fprintf(stderr, "tolvik-info: unknown option %s\n\n%s", qPrintable(arg), kUsage);
-            return 2;
-        } else {
-            files.append(arg);
+    // Only the report draws (fonts, pictures, PDF): it needs a GUI application,
+    // not a display. Reading and printing values needs neither.
+    const bool drawing = [&] {
+        for (int i = 1; i < argc; ++i) {
+            if (qstrcmp(argv[i], "--report") == 0)
+                return true;
         }
+        return false;
+    }();
+    if (drawing && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::unique_ptr<QCoreApplication> app = drawing
+                                                ? std::make_unique<QGuiApplication>(argc, argv)
+                                                : std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
+
+    TOptions options;
+    const QString problem = parseArguments(QCoreApplication::arguments().mid(1), options);
+    if (options.help) {
+        std::fputs(kUsage, stdout);
+        return 0;
     }
-    if (files.isEmpty() || (sonyOffset && files.size() != 1)) {
-        std::fputs(kUsage, stderr);
+    if (!problem.isEmpty()) {
+        std::fprintf(stderr, "tolvik-info: %s\n\n%s", qPrintable(problem), kUsage);
         return 2;
     }
-    if (sonyOffset)
-        return runSonyMakerNote({*sonyOffset, files.first(), json, all}, &print);
 
-    if (!reportPath.isEmpty())
-        return writeReport(reportPath, files);
+    if (!options.reportPath.isEmpty())
+        return writeReport(options.reportPath, options.paths.first());
+    if (!options.sonyOffset.isEmpty())
+        return runSonyMakerNote({options.sonyOffset, options.paths.first(), options.all},
+                                options.format);
 
+    const QStringList files = filesToRead(options.paths);
+    int jobs = options.jobs > 0 ? options.jobs : QThread::idealThreadCount();
+    if (lcTiffEntries().isDebugEnabled())
+        jobs = 1; // keeps each file's trace lines together
+    jobs = std::max(1, std::min({jobs, limits::kMaxJobs, int(files.size())}));
+
+    if (options.format == TFormat::Csv)
+        std::fputs(csvHeader(rowsOf(TM9File(), options, false)).constData(), stdout);
     int status = 0;
-    for (const QString &path : files) {
-        TM9File file(path);
-        const bool accepted = preflight ? file.processFilePreflight() : file.processFile();
-        if (!accepted) {
-            std::fprintf(stderr, "%s: %s\n", qPrintable(path), kRejected);
-            status = 1;
-        }
-        if (!accepted && !json)
-            continue;
-        QList<Row> rows{
-            {preflight ? QStringLiteral("processFilePreflight") : QStringLiteral("processFile"),
-             accepted}};
-        rows += preflight ? preflightRows(file) : panelRowsOf(file);
-        if (all)
-            rows += queryRows(file);
-        print(path, rows, json);
-    }
+    TProgress progress(int(files.size()));
+    runInOrder<TFileResult>(
+        int(files.size()), jobs, [&](int i) { return readFile(files[i], options); },
+        [&](int i, TFileResult &&result) {
+            if (!result.accepted) {
+                progress.clear();
+                std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), kRejected);
+                status = 1;
+            }
+            progress.beforeOutput();
+            std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
+            progress.afterOutput();
+            progress.show(i + 1);
+        });
     return status;
 }

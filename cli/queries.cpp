@@ -2,7 +2,6 @@
 
 #include "rawfile/tm9file.h"
 
-#include <QPixmap>
 #include <QSize>
 #include <QStringList>
 
@@ -10,11 +9,12 @@
 
 namespace {
 
-QVariant pictureSize(const QPixmap *picture)
+// Sizes, not pictures: the queries run on worker threads.
+QVariant pictureSize(const QSize &size)
 {
-    if (!picture)
+    if (!size.isValid())
         return QVariant();
-    return QStringLiteral("%1x%2").arg(picture->width()).arg(picture->height());
+    return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
 }
 
 QString stored(const TRational &r)
@@ -353,8 +353,8 @@ const QList<TQuery> &allQueries()
         QUERY(hasPreviewImage),
         QUERY(hasThumbnailImage),
         QUERY(hasFullSizeImage),
-        {"previewImage", [](const TM9File &f) { return pictureSize(f.previewImage()); }},
-        {"thumbnailImage", [](const TM9File &f) { return pictureSize(f.thumbnailImage()); }},
+        {"previewImage", [](const TM9File &f) { return pictureSize(f.previewSize()); }},
+        {"thumbnailImage", [](const TM9File &f) { return pictureSize(f.thumbnailSize()); }},
         QUERY(exif_0xFE_SubfileTypeAsString),
         QUERY(exif_0x103_CompressionAsString),
         QUERY(exif_0x106_PhotometricInterpretationAsString),

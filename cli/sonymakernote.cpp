@@ -76,7 +76,7 @@ const QList<TQuery> &sonyQueries()
     return queries;
 }
 
-int runSonyMakerNote(const TSonyMakerNoteOptions &options, TPrintRows print)
+int runSonyMakerNote(const TSonyMakerNoteOptions &options, TFormat format)
 {
     const std::optional<qint64> offset = parseOffset(options.offset);
     if (!offset) {
@@ -90,7 +90,8 @@ int runSonyMakerNote(const TSonyMakerNoteOptions &options, TPrintRows print)
                      qPrintable(options.path), static_cast<long long>(*offset));
         return 1;
     }
-    QList<TOutputRow> rows{{QStringLiteral("Model:"), file.exif().model}};
+    QList<TRow> rows{{QStringLiteral("processSonyMakerNoteAt"), true},
+                     {QStringLiteral("Model:"), file.exif().model}};
     for (const TQuery &query : sonyQueries())
         rows.append({QString::fromLatin1(query.name), query.value(file)});
     if (options.all) {
@@ -99,6 +100,9 @@ int runSonyMakerNote(const TSonyMakerNoteOptions &options, TPrintRows print)
                 rows.append({QString::fromLatin1(field.name), field.value(file)});
         }
     }
-    print(options.path, rows, options.json);
+    if (format == TFormat::Csv)
+        std::fputs(csvHeader(rows).constData(), stdout);
+    const QByteArray out = record(format, options.path, rows, true, QString());
+    std::fwrite(out.constData(), 1, size_t(out.size()), stdout);
     return 0;
 }

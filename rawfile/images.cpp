@@ -7,45 +7,68 @@
 #include <QImage>
 #include <QPixmap>
 
-QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
+namespace {
+
+// The size IFD0 gives the preview, or an empty size for one the reader does not build.
+QSize checkedPreviewSize(const TExifValues &exif)
 {
-    const quint32 width = m_exif.imageWidth;
-    const quint32 height = m_exif.imageLength;
+    const quint32 width = exif.imageWidth;
+    const quint32 height = exif.imageLength;
     if (width == 0 || height == 0 || width > limits::kMaxPreviewSide ||
         height > limits::kMaxPreviewSide || quint64(width) * height > limits::kMaxPreviewPixels)
+        return QSize();
+    return QSize(int(width), int(height));
+}
+
+} // namespace
+
+template <typename Read> auto TM9File::withData(Read read)
+{
+    const bool reopen = !m_reader.hasData();
+    if (reopen)
+        openData();
+    auto result = read();
+    if (reopen)
+        closeData();
+    return result;
+}
+
+QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
+{
+    const QSize size = checkedPreviewSize(m_exif);
+    if (size.isEmpty())
         return nullptr;
-    QImage image(int(width), int(height), QImage::Format_RGB32);
+    QImage image(size, QImage::Format_RGB32);
     if (image.isNull())
         return nullptr;
 
     // Packed 8-bit RGB, rows top to bottom; a strip shorter than the picture
     // leaves the rest black.
-    const QByteArrayView strip = m_reader.view(position, length);
-    const auto *src = reinterpret_cast<const uchar *>(strip.data());
-    const qint64 available = strip.size();
-    qint64 index = 0;
-    for (quint32 y = 0; y < height; ++y) {
-        auto *line = reinterpret_cast<QRgb *>(image.scanLine(int(y)));
-        for (quint32 x = 0; x < width; ++x, index += 3) {
-            line[x] = index + 2 < available ? qRgb(src[index], src[index + 1], src[index + 2])
-                                            : qRgb(0, 0, 0);
+    withData([&] {
+        const QByteArrayView strip = m_reader.view(position, length);
+        const auto *src = reinterpret_cast<const uchar *>(strip.data());
+        const qint64 available = strip.size();
+        qint64 index = 0;
+        for (int y = 0; y < size.height(); ++y) {
+            auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+            for (int x = 0; x < size.width(); ++x, index += 3) {
+                line[x] = index + 2 < available ? qRgb(src[index], src[index + 1], src[index + 2])
+                                                : qRgb(0, 0, 0);
+            }
         }
-    }
+        return true;
+    });
     return new QPixmap(QPixmap::fromImage(std::move(image)));
 }
 
 QPixmap *TM9File::extractJPEGImage(unsigned int position, unsigned int length)
 {
-    // Pictures are read after processFile has closed the file: reopen it then.
-    const bool reopen = !m_reader.hasData();
-    if (reopen)
-        openData();
     auto picture = std::make_unique<QPixmap>();
-    const QByteArrayView bytes = m_reader.view(position, length);
-    const bool loaded = picture->loadFromData(reinterpret_cast<const uchar *>(bytes.data()),
-                                              uint(bytes.size()), "JPG");
-    if (reopen)
-        closeData();
+    const bool loaded = withData([&] {
+        const QByteArrayView bytes = m_reader.view(position, length);
+        return picture->loadFromData(reinterpret_cast<const uchar *>(bytes.data()),
+                                     uint(bytes.size()), "JPG");
+    });
     return loaded ? picture.release() : nullptr;
 }
 
@@ -71,23 +94,38 @@ bool TM9File::hasThumbnailImage() const
 
 bool TM9File::hasPreviewImage() const
 {
-    return m_preview != nullptr;
+    return !previewSize().isEmpty();
 }
 
-QPixmap *TM9File::previewImage() const
+QSize TM9File::previewSize() const
 {
+    return m_previewFound ? checkedPreviewSize(m_exif) : QSize();
+}
+
+QSize TM9File::thumbnailSize() const
+{
+    return m_thumbnailSize;
+}
+
+QPixmap *TM9File::previewImage()
+{
+    // IFD0's strip: the last strip read in the chain, which in a Leica DNG is IFD0's.
+    if (!m_preview && hasPreviewImage())
+        m_preview.reset(extractPreviewPic(m_exif.stripOffsets, m_exif.stripByteCounts));
     return m_preview.get();
 }
 
-QPixmap *TM9File::thumbnailImage() const
+QPixmap *TM9File::thumbnailImage()
 {
+    if (!m_thumbnail && m_thumbnailSize.isValid())
+        m_thumbnail.reset(extractJPEGImage(m_exif.thumbnailOffset, m_exif.thumbnailLength));
     return m_thumbnail.get();
 }
 
 QPixmap *TM9File::previewImageScaled(int width, int height)
 {
     Q_UNUSED(height) // the aspect ratio of the preview decides
-    if (!m_preview || width <= 0)
+    if (!previewImage() || width <= 0)
         return nullptr;
     const quint64 scaledHeight =
         quint64(width) * quint64(m_preview->height()) / quint64(qMax(1, m_preview->width()));

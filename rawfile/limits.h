@@ -9,7 +9,8 @@
 namespace limits {
 
 // Metadata of a camera file is a few kilobytes; once a pass has read this
-// much, every further read gives zeros and all walks end.
+// much (each block fetched from the file counting in full), every further
+// read gives zeros and all walks end.
 inline constexpr qint64 kReadBudget = 16 * 1024 * 1024;
 
 // A camera file holds fewer than ten directories (IFDs of the chain, Exif,
@@ -30,7 +31,7 @@ inline constexpr qint64 kMaxTextLength = 64 * 1024;
 inline constexpr quint64 kMaxPreviewPixels = 4096ull * 4096;
 inline constexpr quint32 kMaxPreviewSide = 8192;
 
-// Files that cannot be mapped (pipes, special files) are read up to this size.
+// A picture in a file that cannot be mapped is read up to this size.
 inline constexpr qint64 kMaxUnmappedRead = 256 * 1024 * 1024;
 
 } // namespace limits

@@ -5,7 +5,23 @@
 #include "rawfile/tiffentry.h"
 #include "rawfile/tm9file.h"
 
-#include <QPixmap>
+#include <QBuffer>
+#include <QImageReader>
+
+namespace {
+
+// The size in a JPEG's header, read without decoding the picture (and so
+// safe on any thread); invalid when the bytes are no JPEG.
+QSize jpegSize(QByteArrayView bytes)
+{
+    QByteArray data = QByteArray::fromRawData(bytes.data(), bytes.size());
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer, "JPG");
+    return reader.canRead() ? reader.size() : QSize();
+}
+
+} // namespace
 
 bool TM9File::processFilePreflight()
 {
@@ -17,7 +33,8 @@ bool TM9File::processFilePreflight()
         walkChain(&TM9File::processIFDPreflight);
         accepted = isValidModel();
         if (accepted && hasThumbnailImage())
-            m_thumbnail.reset(extractJPEGImage(m_exif.thumbnailOffset, m_exif.thumbnailLength));
+            m_thumbnailSize =
+                jpegSize(m_reader.view(m_exif.thumbnailOffset, m_exif.thumbnailLength));
     }
     closeData();
     return accepted;

@@ -1,15 +1,98 @@
 #include "rawfile/tbytereader.h"
 
+#include "rawfile/limits.h"
+
+#include <QFile>
 #include <QtEndian>
 
 #include <algorithm>
 #include <cstring>
 
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
+
+namespace {
+
+// Reads count bytes at position into out; returns how many were read, or -1.
+qint64 readAt(QFile *file, qint64 position, char *out, qint64 count)
+{
+#ifdef Q_OS_UNIX
+    // One system call instead of a seek and a read: this is most of the cost of a block.
+    qint64 done = 0;
+    while (done < count) {
+        const ssize_t got =
+            ::pread(file->handle(), out + done, size_t(count - done), position + done);
+        if (got <= 0)
+            break;
+        done += got;
+    }
+    return done;
+#else
+    return file->seek(position) ? file->read(out, count) : -1;
+#endif
+}
+
+} // namespace
+
 void TByteReader::setData(const uchar *data, qint64 size)
 {
+    clear();
     m_data = data;
     m_size = data ? size : 0;
+    m_last = data;
+    m_lastSize = m_size;
+}
+
+void TByteReader::setFile(QFile *file, qint64 size)
+{
+    clear();
+    m_file = file;
+    m_size = file ? size : 0;
+}
+
+void TByteReader::clear()
+{
+    if (m_mapped && m_file)
+        m_file->unmap(m_mapped);
+    m_mapped = nullptr;
+    m_viewBytes.clear();
+    for (Block &block : m_blocks)
+        block.start = -1;
+    m_last = nullptr;
+    m_lastSize = 0;
+    m_data = nullptr;
+    m_file = nullptr;
+    m_size = 0;
     m_pos = 0;
+}
+
+QByteArrayView TByteReader::bytesAt(qint64 position)
+{
+    if (position < 0 || position >= m_size)
+        return QByteArrayView();
+    if (m_data)
+        return QByteArrayView(m_data + position, m_size - position);
+    const qint64 start = position - position % kBlockSize;
+    auto found = std::find_if(m_blocks.begin(), m_blocks.end(),
+                              [start](const Block &b) { return b.start == start; });
+    if (found == m_blocks.end()) {
+        // Each block read is paid from the budget, so a hostile file that
+        // jumps about cannot make the reader read without end.
+        m_budget -= kBlockSize;
+        if (m_budget < 0)
+            return QByteArrayView();
+        found = m_blocks.begin() + m_nextBlock;
+        m_nextBlock = (m_nextBlock + 1) % m_blocks.size();
+        found->start = start;
+        found->bytes.resize(qsizetype(std::min(kBlockSize, m_size - start)));
+        const qint64 got = readAt(m_file, start, found->bytes.data(), found->bytes.size());
+        found->bytes.resize(qsizetype(std::max<qint64>(got, 0)));
+    }
+    m_last = reinterpret_cast<const uchar *>(found->bytes.constData());
+    m_lastStart = start;
+    m_lastSize = found->bytes.size();
+    return QByteArrayView(found->bytes).sliced(std::min(position - start, m_lastSize));
 }
 
 const uchar *TByteReader::take(qint64 count)
@@ -19,7 +102,21 @@ const uchar *TByteReader::take(qint64 count)
     m_budget -= count;
     if (m_budget < 0 || start < 0 || start > m_size - count)
         return nullptr;
-    return m_data + start;
+    if (start >= m_lastStart && start - m_lastStart <= m_lastSize - count)
+        return m_last + (start - m_lastStart);
+    const QByteArrayView first = bytesAt(start);
+    if (first.size() >= count)
+        return reinterpret_cast<const uchar *>(first.data());
+    if (first.isEmpty() || count > qint64(m_straddle.size()))
+        return nullptr;
+    // The first part is copied before the second block is read, which may replace it.
+    const qint64 firstSize = first.size();
+    std::memcpy(m_straddle.data(), first.data(), size_t(firstSize));
+    const QByteArrayView second = bytesAt(start + firstSize);
+    if (firstSize + second.size() < count)
+        return nullptr;
+    std::memcpy(m_straddle.data() + firstSize, second.data(), size_t(count - firstSize));
+    return m_straddle.data();
 }
 
 quint8 TByteReader::readU8()
@@ -58,25 +155,47 @@ QByteArray TByteReader::readBytes(qint64 count)
 
 QString TByteReader::readCString(qint64 maxLength)
 {
-    const QByteArrayView bytes = view(m_pos, maxLength);
-    const auto *nul =
-        bytes.isEmpty()
-            ? nullptr
-            : static_cast<const char *>(std::memchr(bytes.data(), 0, size_t(bytes.size())));
-    const qint64 length = nul ? nul - bytes.data() : bytes.size();
-    // The text and its terminator; a text that runs into the end of the data
-    // ends there, since the zeros beyond terminate it.
+    // Block by block up to the terminator; a text that runs into the end of
+    // the data ends there, since the zeros beyond terminate it.
+    QByteArray text;
+    qint64 length = 0;
+    for (qint64 p = m_pos; length < maxLength;) {
+        QByteArrayView bytes = bytesAt(p);
+        if (bytes.isEmpty())
+            break;
+        bytes = bytes.first(std::min(qint64(bytes.size()), maxLength - length));
+        const auto *nul =
+            static_cast<const char *>(std::memchr(bytes.data(), 0, size_t(bytes.size())));
+        const qint64 part = nul ? nul - bytes.data() : bytes.size();
+        text.append(bytes.data(), qsizetype(part));
+        length += part;
+        p += part;
+        if (nul)
+            break;
+    }
     const qint64 consumed = std::min(length + 1, maxLength);
     m_pos += consumed;
     m_budget -= consumed;
     if (m_budget < 0)
         return QString();
-    return QString::fromLatin1(bytes.data(), length);
+    return QString::fromLatin1(text);
 }
 
-QByteArrayView TByteReader::view(qint64 position, qint64 count) const
+QByteArrayView TByteReader::view(qint64 position, qint64 count)
 {
-    if (!m_data || position < 0 || position >= m_size || count <= 0)
+    if (position < 0 || position >= m_size || count <= 0)
         return QByteArrayView();
-    return QByteArrayView(m_data + position, std::min(count, m_size - position));
+    count = std::min(count, m_size - position);
+    if (m_data)
+        return QByteArrayView(m_data + position, count);
+    if (!m_mapped)
+        m_mapped = m_file->map(0, m_size);
+    if (m_mapped)
+        return QByteArrayView(m_mapped + position, count);
+    // Files that cannot be mapped are read, up to a limit.
+    count = std::min(count, limits::kMaxUnmappedRead);
+    m_viewBytes.resize(qsizetype(count));
+    const qint64 got = readAt(m_file, position, m_viewBytes.data(), count);
+    m_viewBytes.resize(qsizetype(std::max<qint64>(got, 0)));
+    return QByteArrayView(m_viewBytes);
 }

@@ -1,22 +1,33 @@
 #ifndef TBYTEREADER_H
 #define TBYTEREADER_H
 
-// A cursor over the bytes of a mapped file with switchable byte order.
+// A cursor over the bytes of a file with switchable byte order.
 //
 // It follows the stream rules the directory walkers rely on: any position can
 // be sought, and whatever lies beyond the end reads as zeros. A read budget
 // bounds the work a hostile file can cause: once it is spent, every read gives
 // zeros, so all walks end at their next entry count or next-IFD offset.
+//
+// A file is read in small aligned blocks when the walk first touches them, so
+// only the few kilobytes of directories are read, never the raw image data.
+// Reading beats mapping here: a mapping costs more to set up and tear down
+// than the whole walk, and it serialises threads that open files at once.
+// Large views (pictures) map the file after all.
 
 #include <QByteArray>
 #include <QString>
 #include <QtGlobal>
 
+#include <array>
+
+class QFile;
+
 class TByteReader {
 public:
-    void setData(const uchar *data, qint64 size);
-    void clear() { setData(nullptr, 0); }
-    bool hasData() const { return m_data != nullptr; }
+    void setData(const uchar *data, qint64 size); // bytes in memory
+    void setFile(QFile *file, qint64 size);       // an open file, read on demand
+    void clear();
+    bool hasData() const { return m_data != nullptr || m_file != nullptr; }
 
     void setBigEndian(bool bigEndian) { m_bigEndian = bigEndian; }
 
@@ -43,20 +54,42 @@ public:
     QString readCString(qint64 maxLength);
 
     // Direct access for large blocks: the bytes from position on that exist
-    // (at most count), or an empty view. Does not move the cursor.
-    QByteArrayView view(qint64 position, qint64 count) const;
+    // (at most count), or an empty view. Does not move the cursor; valid
+    // until the next view or until the data is cleared.
+    QByteArrayView view(qint64 position, qint64 count);
 
     void setBudget(qint64 bytes) { m_budget = bytes; }
 
 private:
     // Moves the cursor by count and tells whether those bytes may be read.
     const uchar *take(qint64 count);
+    // The bytes from position to the end of the block that holds it.
+    QByteArrayView bytesAt(qint64 position);
+
+    static constexpr qint64 kBlockSize = 4096;
+    struct Block {
+        qint64 start = -1;
+        QByteArray bytes;
+    };
 
     const uchar *m_data = nullptr;
+    QFile *m_file = nullptr;
     qint64 m_size = 0;
     qint64 m_pos = 0;
     qint64 m_budget = 0;
     bool m_bigEndian = true;
+
+    // The bytes last reached, from file position m_lastStart on: most reads
+    // fall into the block of the read before.
+    const uchar *m_last = nullptr;
+    qint64 m_lastStart = 0;
+    qint64 m_lastSize = 0;
+
+    std::array<Block, 8> m_blocks; // replaced in turn
+    std::size_t m_nextBlock = 0;
+    std::array<uchar, 8> m_straddle{}; // a value that spans two blocks
+    uchar *m_mapped = nullptr;         // the file, once a view needed it
+    QByteArray m_viewBytes;            // a view's bytes when the file cannot be mapped
 };
 
 #endif // TBYTEREADER_H

@@ -37,26 +37,20 @@ quint32 TM9File::panasonicSubDirPosition(int index) const
 void TM9File::openFile()
 {
     // Only regular files are opened: a pipe or device would block or never end.
-    if (m_file && !m_file->isOpen() && QFileInfo(m_path).isFile())
-        m_file->open(QIODevice::ReadOnly);
+    if (!m_file || m_file->isOpen())
+        return;
+    const QFileInfo info(m_path);
+    m_fileSize = info.size();
+    if (info.isFile())
+        m_file->open(QIODevice::ReadOnly | QIODevice::Unbuffered); // the reader reads whole blocks
 }
 
 void TM9File::openData()
 {
     m_reader.clear();
     openFile();
-    if (m_file && m_file->isOpen()) {
-        const qint64 size = m_file->size();
-        // Mapping costs the same for any file size: only the pages that the
-        // walk touches are read, never the raw image data.
-        if (uchar *mapped = size > 0 ? m_file->map(0, size) : nullptr) {
-            m_reader.setData(mapped, size);
-        } else {
-            m_fallbackData = std::make_unique<QByteArray>(m_file->read(limits::kMaxUnmappedRead));
-            m_reader.setData(reinterpret_cast<const uchar *>(m_fallbackData->constData()),
-                             m_fallbackData->size());
-        }
-    }
+    if (m_file && m_file->isOpen())
+        m_reader.setFile(m_file.get(), m_fileSize); // read in blocks as the walk reaches them
     m_reader.setBudget(limits::kReadBudget);
     m_directoriesWalked = 0;
     m_reader.setBigEndian(true);
@@ -64,10 +58,9 @@ void TM9File::openData()
 
 void TM9File::closeData()
 {
-    m_reader.clear();
-    m_fallbackData.reset();
+    m_reader.clear(); // drops a mapping made for a picture
     if (m_file && m_file->isOpen())
-        m_file->close(); // also drops the mapping
+        m_file->close();
 }
 
 void TM9File::recogniseContainer()
@@ -127,8 +120,7 @@ bool TM9File::processFile()
         closeData();
         return false;
     }
-    if (m_fileTyp == 1)
-        m_preview.reset(extractPreviewPic(m_exif.stripOffsets, m_exif.stripByteCounts));
+    m_previewFound = m_fileTyp == 1; // made when first asked for
     closeData();
     return true;
 }

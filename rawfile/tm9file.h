@@ -19,6 +19,7 @@
 #include "rawfile/tm9values.h"
 
 #include <QSet>
+#include <QSize>
 #include <QString>
 
 #include <array>
@@ -66,14 +67,20 @@ public:
     void processIFDPreflight();
 
     // --- embedded pictures (rawfile/images.cpp) ---
+    // Pictures are made on first use, on the GUI thread: processFile and the
+    // preflight pass only note where they lie and how large they are, so a
+    // reader that never shows them (tolvik-info, worker threads) never pays
+    // for them. Making one reopens the file.
     QPixmap *extractPreviewPic(unsigned int position, unsigned int length);
     QPixmap *extractJPEGImage(unsigned int position, unsigned int length);
     void extractFullSizeImage(QPixmap *target);
     bool hasFullSizeImage() const;
     bool hasThumbnailImage() const;
     bool hasPreviewImage() const;
-    QPixmap *previewImage() const;
-    QPixmap *thumbnailImage() const;
+    QSize previewSize() const;   // empty when there is no preview; builds nothing
+    QSize thumbnailSize() const; // from the JPEG header the preflight pass read
+    QPixmap *previewImage();
+    QPixmap *thumbnailImage();
     QPixmap *previewImageScaled(int width, int height);
 
     // --- stored values, one struct per directory ---
@@ -270,6 +277,9 @@ private:
     void recogniseContainer();
     void openData();
     void closeData();
+    // Runs read with the file's bytes at hand, reopening the file when
+    // processFile has already closed it.
+    template <typename Read> auto withData(Read read);
     template <std::size_t N> void readRationalArray(qint64 position, std::array<TRational, N> &out)
     {
         std::array<unsigned int, N> nums{}, dens{};
@@ -285,7 +295,7 @@ private:
     // File access
     QString m_path;
     std::unique_ptr<QFile> m_file;
-    std::unique_ptr<QByteArray> m_fallbackData; // file contents when it cannot be mapped
+    qint64 m_fileSize = 0; // when it was opened
     TByteReader m_reader;
 
     // Container state
@@ -303,6 +313,8 @@ private:
     int m_directoriesWalked = 0; // in this pass
 
     // Pictures
+    bool m_previewFound = false; // an accepted TIFF file: IFD0's strip is the preview
+    QSize m_thumbnailSize;       // set by the preflight pass
     std::unique_ptr<QPixmap> m_preview;
     std::unique_ptr<QPixmap> m_previewScaled;
     std::unique_ptr<QPixmap> m_thumbnail;

@@ -1,5 +1,7 @@
-// tolvik-info as a script uses it: rows, JSON lines, exit status, messages.
+// tolvik-info as a script uses it: rows, JSON lines, CSV, folders, exit
+// status, messages.
 
+#include "rawfile/dngfiles.h"
 #include "tests/support/samplem9.h"
 #include "tests/support/sonybuilder.h"
 
@@ -54,6 +56,10 @@ private Q_SLOTS:
     void jsonAll();
     void preflight();
     void sonyMakerNote();
+    void folders_data();
+    void folders();
+    void csv();
+    void sameOutputForAnyJobs();
 
 private:
     TempFiles m_files;
@@ -79,6 +85,7 @@ void TestCli::exitStatus_data()
     QTest::newRow("missing path") << QStringList{"/nonexistent/L1.DNG"} << 1;
     QTest::newRow("no file") << QStringList{} << 2;
     QTest::newRow("unknown option") << QStringList{"--xml", ":good"} << 2;
+    QTest::newRow("jobs without a number") << QStringList{"-j", ":good"} << 2;
     QTest::newRow("help") << QStringList{"--help"} << 0;
     QTest::newRow("preflight of another camera") << QStringList{"--preflight", ":other"} << 1;
 }
@@ -195,6 +202,88 @@ void TestCli::sonyMakerNote()
     const Run past = tolvikInfo({"--sony-makernote", QString::number(sony.data.size()), arw});
     QCOMPARE(past.status, 1);
     QVERIFY(past.out.isEmpty() && past.err.contains(arw));
+}
+
+void TestCli::folders_data()
+{
+    // The tree: card/ with A.DNG, notes.txt, a hidden ._A.DNG, sub/b.Dng,
+    // sub/deeper/c.dng, sub/up -> .. and the loop x -> y -> x.
+    const QString card = m_files.path(QStringLiteral("card"));
+    QVERIFY(QDir().mkpath(card + QStringLiteral("/sub/deeper")));
+    const QByteArray dng = sampleM9Dng();
+    for (const char *name : {"A.DNG", "._A.DNG", "notes.txt", "sub/b.Dng", "sub/deeper/c.dng"})
+        QVERIFY(writeFile(card + QLatin1Char('/') + QLatin1String(name), dng));
+    QVERIFY(QFile::link(QStringLiteral(".."), card + QStringLiteral("/sub/up")));
+    QVERIFY(QFile::link(QStringLiteral("y"), card + QStringLiteral("/x")));
+    QVERIFY(QFile::link(QStringLiteral("x"), card + QStringLiteral("/y")));
+
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QStringList>("files");
+    QTest::newRow("letter case, nesting, links that loop")
+        << QStringList{card}
+        << QStringList{"card/A.DNG", "card/sub/b.Dng", "card/sub/deeper/c.dng"};
+    QTest::newRow("a file named is read whatever its name")
+        << QStringList{card + QStringLiteral("/notes.txt"), card + QStringLiteral("/sub/deeper")}
+        << QStringList{"card/notes.txt", "card/sub/deeper/c.dng"};
+    QTest::newRow("entered through a link")
+        << QStringList{card + QStringLiteral("/sub/up")}
+        << QStringList{"card/sub/up/A.DNG", "card/sub/up/sub/b.Dng",
+                       "card/sub/up/sub/deeper/c.dng"};
+}
+
+void TestCli::folders()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QStringList, files);
+    const Run run = tolvikInfo(QStringList{"--csv"} + arguments);
+    QStringList read;
+    for (const QString &row : run.out.split(QStringLiteral("\r\n"), Qt::SkipEmptyParts).mid(1))
+        read.append(QDir(m_files.path({})).relativeFilePath(row.section(QLatin1Char(','), 0, 0)));
+    QCOMPARE(read, files);
+    QCOMPARE(dngFilesIn(m_files.path(QStringLiteral("card"))),
+             QStringList{m_files.path(QStringLiteral("card/A.DNG"))});
+}
+
+void TestCli::csv()
+{
+    const QString odd = m_files.write(QStringLiteral("L1,\"2\".DNG"), sampleM9Dng());
+    const Run run = tolvikInfo({"--csv", odd, m_random});
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.err,
+             m_random + QStringLiteral(": Fehler bei der Verarbeitung. Keine native DNG-Datei!\n"));
+    const QStringList rows = run.out.split(QStringLiteral("\r\n"));
+    QCOMPARE(rows.size(), 4); // header, two files, the empty rest after the last CRLF
+    QVERIFY(rows[0].startsWith(QLatin1String("file,Camera,Serial,FW,FileName,Date/Time,ISO,")));
+    QVERIFY(rows[0].endsWith(QLatin1String(",ImageID,error")));
+    const QString quoted = QString(odd).replace(QLatin1Char('"'), QLatin1String("\"\""));
+    QVERIFY(rows[1].startsWith(QLatin1Char('"') + quoted +
+                               QStringLiteral("\",M9 Digital Camera,3912204,1.196,"
+                                              "\"L1,\"\"2\"\".DNG\",2012:06:17")));
+    QVERIFY(rows[1].endsWith(QLatin1String(",10815,")));
+    QCOMPARE(rows[2], m_random + QString(18, QLatin1Char(',')) +
+                          QStringLiteral(",Fehler bei der Verarbeitung. Keine native DNG-Datei!"));
+}
+
+void TestCli::sameOutputForAnyJobs()
+{
+    // Accepted and rejected files mixed, more files than threads can hold.
+    const QString folder = m_files.path(QStringLiteral("many"));
+    QVERIFY(QDir().mkpath(folder));
+    for (int i = 0; i < 40; ++i) {
+        SampleM9 options;
+        options.iso = quint16(100 + i);
+        QVERIFY(writeFile(folder + QStringLiteral("/L%1.DNG").arg(i, 3, 10, QLatin1Char('0')),
+                          i % 7 == 3 ? QByteArray(64, 'x') : sampleM9Dng(options)));
+    }
+    for (const char *format : {"--csv", "--json"}) {
+        const Run one = tolvikInfo({format, "-j", "1", folder});
+        const Run four = tolvikInfo({format, "-j4", folder});
+        QCOMPARE(one.status, 1);
+        QCOMPARE(four.status, one.status);
+        QCOMPARE(four.out, one.out);
+        QCOMPARE(four.err, one.err);
+        QVERIFY(one.out.count(QLatin1Char('\n')) >= 40); // every file has its line
+    }
 }
 
 QTEST_MAIN(TestCli)

@@ -56,5 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     TM9File preflight(path);
     preflight.processFilePreflight();
+    preflight.thumbnailImage();
     return 0;
 }

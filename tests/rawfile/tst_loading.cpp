@@ -1,6 +1,7 @@
 // Recognising and loading a file: byte orders, JPEG with Exif, the model test,
 // the embedded pictures, and files that are broken, hostile or not there at all.
 
+#include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 #include "tests/support/samplem9.h"
 
@@ -55,6 +56,7 @@ private Q_SLOTS:
     void hostileInput_data();
     void hostileInput();
     void damagedSample();
+    void valuesAcrossBlockEdges();
 
 private:
     TempFiles m_files;
@@ -309,6 +311,26 @@ void TestLoading::pictures()
     QVERIFY(none.processFile());
     QVERIFY(!none.hasPreviewImage());
     QVERIFY(!none.hasFullSizeImage());
+}
+
+// The file is fetched in blocks: shifting the directories behind the raw data
+// by 0 to 15 bytes puts every kind of field across a block edge once.
+void TestLoading::valuesAcrossBlockEdges()
+{
+    QList<std::pair<QString, QString>> unshifted;
+    for (int shift = 0; shift < 16; ++shift) {
+        SampleM9 options;
+        options.withGps = true;
+        options.rawDataBytes = 4096 + shift;
+        TM9File file(m_files.write("shifted.dng", sampleM9Dng(options)));
+        QVERIFY(file.processFile());
+        auto rows = panelRows(panelTexts(file));
+        rows.append({QStringLiteral("GPS"), file.gps_0x0002_LatitudeAsString()});
+        if (shift == 0)
+            unshifted = rows;
+        QCOMPARE(rows, unshifted);
+    }
+    QCOMPARE(unshifted[1].second, QStringLiteral("3912204")); // from the maker note's sub-directory
 }
 
 QTEST_MAIN(TestLoading)

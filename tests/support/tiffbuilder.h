@@ -120,9 +120,10 @@ class TempFiles {
 public:
     QString write(const QString &name, const QByteArray &data)
     {
-        const QString file = m_dir.filePath(name);
+        const QString file = path(name);
         return writeFile(file, data) ? file : QString();
     }
+    QString path(const QString &name) const { return m_dir.filePath(name); }
 
 private:
     QTemporaryDir m_dir;

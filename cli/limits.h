@@ -1,0 +1,19 @@
+#ifndef CLI_LIMITS_H
+#define CLI_LIMITS_H
+
+// Limits of tolvik-info's parallel reading.
+
+namespace limits {
+
+// Files a thread may have read ahead of the output: enough to keep every
+// thread busy while one slow file holds up the output, few enough that memory
+// does not grow with the number of files.
+inline constexpr int kFilesInFlightPerThread = 4;
+
+// More threads than this only queue for the same disk; also bounds what a
+// mistyped -j costs.
+inline constexpr int kMaxJobs = 256;
+
+} // namespace limits
+
+#endif // CLI_LIMITS_H
