@@ -263,7 +263,7 @@ int main(int argc, char *argv[])
         }
         return false;
     }();
-    if (drawing && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    if (drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> app = drawing
                                                 ? std::make_unique<QGuiApplication>(argc, argv)
