@@ -1,0 +1,70 @@
+// Every seed of the fuzz corpus and every reproducer in tests/data goes
+// through its way into the reader in bounded time. A walk that grows
+// exponentially or without end takes seconds; a file that is only large takes
+// milliseconds. The limit is generous so that a busy machine or the
+// sanitizers do not make the test flaky; the slowest input is reported.
+
+#include "tests/fuzz/fuzztargets.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QtTest>
+
+class TstBoundedTime : public QObject {
+    Q_OBJECT
+
+    qint64 m_slowestMs = -1;
+    QString m_slowest;
+
+private slots:
+    void everyKnownInput_data();
+    void everyKnownInput();
+    void cleanupTestCase();
+};
+
+void TstBoundedTime::everyKnownInput_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("target"); // index into fuzz::kTargets
+    const QDir corpus(qEnvironmentVariable("TOLVIK_FUZZ_CORPUS"));
+    const QDir data(qEnvironmentVariable("TOLVIK_TEST_DATA"));
+    for (int t = 0; t < int(std::size(fuzz::kTargets)); ++t) {
+        const QString name = QLatin1String(fuzz::kTargets[t].name);
+        QList<QFileInfo> files = QDir(corpus.filePath(name)).entryInfoList(QDir::Files);
+        // The reproducers are files: they go in where a file goes in.
+        if (name == QLatin1String("reader") || name == QLatin1String("report"))
+            files += data.entryInfoList({QStringLiteral("*.dng")}, QDir::Files);
+        for (const QFileInfo &file : files) {
+            QTest::addRow("%s %s", qPrintable(name), qPrintable(file.fileName()))
+                << file.filePath() << t;
+        }
+    }
+}
+
+void TstBoundedTime::everyKnownInput()
+{
+    QFETCH(QString, path);
+    QFETCH(int, target);
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(path));
+    const QByteArray bytes = file.readAll();
+    QElapsedTimer timer;
+    timer.start();
+    fuzz::kTargets[target].run(reinterpret_cast<const uint8_t *>(bytes.constData()),
+                               size_t(bytes.size()));
+    const qint64 ms = timer.elapsed();
+    if (ms > m_slowestMs) {
+        m_slowestMs = ms;
+        m_slowest = QString::fromLatin1(QTest::currentDataTag());
+    }
+    QVERIFY2(ms < 1000, qPrintable(QStringLiteral("%1 ms").arg(ms)));
+}
+
+void TstBoundedTime::cleanupTestCase()
+{
+    QVERIFY(m_slowestMs >= 0);
+    qInfo("slowest input: %s, %lld ms", qPrintable(m_slowest), m_slowestMs);
+}
+
+QTEST_MAIN(TstBoundedTime)
+#include "tst_boundedtime.moc"
