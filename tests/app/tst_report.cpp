@@ -86,6 +86,7 @@ private slots:
     void previewProposal();
     void savePreview();
     void about();
+    void fileNeverTouched();
 
 private:
     QString writeReport(const fixture::SampleM9 &options, const QString &name);
@@ -284,6 +285,39 @@ void TestReport::about()
                                        "brekko.example</a><br>"
                                        "eMail: <a href=\"mailto:info@brekko.example\">"
                                        "info@brekko.example</a>"));
+}
+
+// Opening the file, writing its report, saving its preview and handing it to
+// an external program leave its bytes and its modification time as they were.
+void TestReport::fileNeverTouched()
+{
+    const QString raw = apptest::writeSample(m_files, QStringLiteral("L1000777.DNG"));
+    const QString reader = apptest::writeBytes(m_files, QStringLiteral("reader.sh"),
+                                               "#!/bin/sh\ncat \"$1\" > /dev/null\n");
+    QFile::setPermissions(reader, QFile::ReadOwner | QFile::ExeOwner);
+    const QDateTime longAgo = QDateTime::currentDateTimeUtc().addYears(-3);
+    QFile aged(raw); // dated back, so that any write shows in the time
+    QVERIFY(aged.open(QIODevice::ReadOnly) &&
+            aged.setFileTime(longAgo, QFileDevice::FileModificationTime));
+    aged.close();
+    const QByteArray before = fileHash(raw);
+    const QDateTime modified = QFileInfo(raw).lastModified();
+    {
+        MainWindow window;
+        window.openFile(raw);
+        QVERIFY(window.rawFile && window.rawFile->hasPreviewImage());
+        QVERIFY(writeReportPdf(*window.rawFile, m_files.filePath(QStringLiteral("touch.pdf"))));
+        apptest::whenModal<QFileDialog>([&](QFileDialog *dialog) {
+            chooseFile(dialog, m_files.filePath(QStringLiteral("touch.jpg")));
+        });
+        auto box = apptest::answerNextBox(QMessageBox::Ok);
+        window.on_actionSave_Preview_triggered();
+        QVERIFY(box->seen);
+        const auto [program, arguments] = MainWindow::externalProgramLaunch(reader, raw);
+        QCOMPARE(QProcess::execute(program, arguments), 0);
+    }
+    QCOMPARE(fileHash(raw), before);
+    QCOMPARE(QFileInfo(raw).lastModified(), modified);
 }
 
 QTEST_MAIN(TestReport)
