@@ -15,6 +15,7 @@
 #include <QImageReader>
 #include <QLineEdit>
 #include <QListView>
+#include <QPdfWriter>
 #include <QPrintPreviewDialog>
 #include <QProcess>
 #include <QPushButton>
@@ -78,6 +79,7 @@ private slots:
     void previewTurnedByOrientation_data();
     void previewTurnedByOrientation();
     void printNeedsAFileWithPreview();
+    void longTextsAreCut();
 
     void preferences_data();
     void preferences();
@@ -185,6 +187,16 @@ void TestReport::printNeedsAFileWithPreview()
     apptest::whenModal<QPrintPreviewDialog>(closePreview);
     window.findChild<QAction *>(QStringLiteral("actionPrint"))->trigger();
     QVERIFY(previewShown);
+}
+
+// Two texts of 32 KB once laid out for 30 s on 46 pages.
+void TestReport::longTextsAreCut()
+{
+    TM9File file(QDir(qEnvironmentVariable("TOLVIK_TEST_DATA")).filePath("report-long-texts.dng"));
+    QVERIFY(file.processFile());
+    QPdfWriter pdf(m_files.filePath(QStringLiteral("long-texts.pdf")));
+    setReportMargins(&pdf);
+    QCOMPARE(TReport(file, QImage()).print(&pdf), 1);
 }
 
 void TestReport::preferences_data()

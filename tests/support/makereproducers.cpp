@@ -96,6 +96,14 @@ QByteArray longTextManyTimes()
     return tiff(Order::Big, ifd0);
 }
 
+QByteArray reportLongTexts()
+{
+    auto ifd0 = sampleIfd0(small());
+    ifd0->offsetTo(0x010F, QByteArray(32 * 1024, 'M') + '\0');
+    ifd0->offsetTo(0x0131, QByteArray(32 * 1024, 'S') + '\0');
+    return tiff(Order::Little, ifd0);
+}
+
 QByteArray cfaCountHuge()
 {
     auto ifd0 = sampleIfd0(small());
@@ -144,6 +152,7 @@ int main(int argc, char *argv[])
         {"cfa-count-huge.dng", cfaCountHuge()},
         {"preview-size-huge.dng", previewSizeHuge()},
         {"leica-makernote-count-max.dng", leicaMakerNoteCountMax()},
+        {"report-long-texts.dng", reportLongTexts()},
     };
     for (const auto &[name, bytes] : files) {
         if (!writeFile(dir.filePath(QLatin1String(name)), bytes))
