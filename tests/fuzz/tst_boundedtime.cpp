@@ -2,8 +2,10 @@
 // through its way into the reader in bounded time. A walk that grows
 // exponentially or without end takes seconds; a file that is only large takes
 // milliseconds. The time is the processor's (a busy machine does not count)
-// and the limit generous, so that the sanitizers do not make the test flaky;
-// the slowest input is reported.
+// and the limits generous, so that the sanitizers do not make the test flaky;
+// the slowest input is reported. Reading takes well under 50 ms; a report
+// costs some 300 ms (1 s under the sanitizers) to lay out and compress its
+// page whatever the file, so it has a limit of its own.
 
 #include "tests/fuzz/fuzztargets.h"
 
@@ -15,8 +17,7 @@
 class TstBoundedTime : public QObject {
     Q_OBJECT
 
-    qint64 m_slowestMs = -1;
-    QString m_slowest;
+    QMap<int, std::pair<qint64, QString>> m_slowest; // by target: ms, input
 
 private slots:
     void everyKnownInput_data();
@@ -54,17 +55,17 @@ void TstBoundedTime::everyKnownInput()
     fuzz::kTargets[target].run(reinterpret_cast<const uint8_t *>(bytes.constData()),
                                size_t(bytes.size()));
     const qint64 ms = qint64(std::clock() - start) * 1000 / CLOCKS_PER_SEC;
-    if (ms > m_slowestMs) {
-        m_slowestMs = ms;
-        m_slowest = QString::fromLatin1(QTest::currentDataTag());
-    }
-    QVERIFY2(ms < 1000, qPrintable(QStringLiteral("%1 ms").arg(ms)));
+    if (!m_slowest.contains(target) || ms > m_slowest[target].first)
+        m_slowest[target] = {ms, QString::fromLatin1(QTest::currentDataTag())};
+    const qint64 limitMs = fuzz::kTargets[target].run == fuzz::report ? 5000 : 1000;
+    QVERIFY2(ms < limitMs, qPrintable(QStringLiteral("%1 ms").arg(ms)));
 }
 
 void TstBoundedTime::cleanupTestCase()
 {
-    QVERIFY(m_slowestMs >= 0);
-    qInfo("slowest input: %s, %lld ms", qPrintable(m_slowest), m_slowestMs);
+    QCOMPARE(m_slowest.size(), int(std::size(fuzz::kTargets)));
+    for (const auto &[ms, input] : std::as_const(m_slowest))
+        qInfo("slowest: %s, %lld ms", qPrintable(input), ms);
 }
 
 QTEST_MAIN(TstBoundedTime)
