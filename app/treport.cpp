@@ -1,6 +1,7 @@
 #include "treport.h"
 
 #include "exif/paneltexts.h"
+#include "rawfile/limits.h"
 #include "rawfile/tm9file.h"
 #include "rgbdistribution.h"
 
@@ -89,7 +90,10 @@ void insertCellText(QTextTable *table, int row, int column, const QString &text,
     QTextCharFormat format = cursor.charFormat();
     if (bold)
         format.setFontWeight(QFont::Bold);
-    cursor.insertText(text, format);
+    if (text.size() <= limits::kMaxReportTextLength)
+        cursor.insertText(text, format);
+    else
+        cursor.insertText(text.left(limits::kMaxReportTextLength - 1) + QChar(0x2026), format);
 }
 
 void shade(QTextTable *table, int row, int column)

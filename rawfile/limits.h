@@ -31,6 +31,11 @@ inline constexpr qint64 kMaxTextLength = 64 * 1024;
 inline constexpr quint64 kMaxPreviewPixels = 4096ull * 4096;
 inline constexpr quint32 kMaxPreviewSide = 8192;
 
+// Texts of the printed report (file name, maker, serial number, firmware...)
+// are cut to this many characters: a camera's are far shorter, and laying out
+// a cell of a longer unbroken word costs time that grows faster than its length.
+inline constexpr qsizetype kMaxReportTextLength = 128;
+
 // A picture in a file that cannot be mapped is read up to this size.
 inline constexpr qint64 kMaxUnmappedRead = 256 * 1024 * 1024;
 

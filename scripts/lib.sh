@@ -3,6 +3,11 @@
 
 TOLVIK_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 TOLVIK_BUILD="${TOLVIK_BUILD:-$TOLVIK_ROOT/build}"
+# The reader, the CLI, the non-GUI tests and the fuzz targets, built by clang
+# under AddressSanitizer and UBSan (scripts/test runs its tests, scripts/fuzz
+# its fuzzers).
+TOLVIK_SANITIZED_BUILD="${TOLVIK_SANITIZED_BUILD:-$TOLVIK_ROOT/build-asan}"
+TOLVIK_SANITIZER_PACKAGES=(clang libclang-rt-14-dev)
 
 # What building, running and testing need.
 TOLVIK_PACKAGES=(
@@ -32,4 +37,11 @@ ensure_packages() {
 configure_and_build() {
     cmake -S "$TOLVIK_ROOT" -B "$TOLVIK_BUILD" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@"
     cmake --build "$TOLVIK_BUILD" -j"$(nproc)"
+}
+
+# Configures the sanitized build; build the targets with cmake --build.
+configure_sanitized() {
+    CC=clang CXX=clang++ cmake -S "$TOLVIK_ROOT" -B "$TOLVIK_SANITIZED_BUILD" -G Ninja \
+        -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTOLVIK_BUILD_APP=OFF -DTOLVIK_SANITIZE=ON \
+        -DTOLVIK_BUILD_FUZZ=ON "$@"
 }

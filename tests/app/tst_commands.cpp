@@ -20,6 +20,7 @@
 #include <QJsonObject>
 #include <QLineEdit>
 #include <QListView>
+#include <QPdfWriter>
 #include <QPrintPreviewDialog>
 #include <QProcess>
 #include <QPushButton>
@@ -85,6 +86,7 @@ private slots:
     void printNeedsAFileWithPreview();
     void reportFromCommandLine_data();
     void reportFromCommandLine();
+    void longTextsAreCut();
 
     void preferences_data();
     void preferences();
@@ -96,6 +98,7 @@ private slots:
     void stepThroughFolder_data();
     void stepThroughFolder();
     void copyPanelRows();
+    void fileNeverTouched();
 
 private:
     QString writeReport(const fixture::SampleM9 &options, const QString &name);
@@ -216,6 +219,16 @@ void TestCommands::reportFromCommandLine()
     QVERIFY(cli.waitForFinished());
     QTEST(cli.exitCode(), "status");
     QCOMPARE(QFile::exists(pdf), cli.exitCode() == 0);
+}
+
+// Two texts of 32 KB once laid out for 30 s on 46 pages.
+void TestCommands::longTextsAreCut()
+{
+    TM9File file(QDir(qEnvironmentVariable("TOLVIK_TEST_DATA")).filePath("report-long-texts.dng"));
+    QVERIFY(file.processFile());
+    QPdfWriter pdf(m_files.filePath(QStringLiteral("long-texts.pdf")));
+    setReportMargins(&pdf);
+    QCOMPARE(TReport(file, QImage()).print(&pdf), 1);
 }
 
 void TestCommands::preferences_data()
@@ -386,6 +399,39 @@ void TestCommands::copyPanelRows()
         const QString key = cells[0].endsWith(QLatin1Char(':')) ? cells[0].chopped(1) : cells[0];
         QCOMPARE(cells[1], cli.value(key).toString());
     }
+}
+
+// Opening the file, writing its report, saving its preview and handing it to
+// an external program leave its bytes and its modification time as they were.
+void TestCommands::fileNeverTouched()
+{
+    const QString raw = apptest::writeSample(m_files, QStringLiteral("L1000777.DNG"));
+    const QString reader = apptest::writeBytes(m_files, QStringLiteral("reader.sh"),
+                                               "#!/bin/sh\ncat \"$1\" > /dev/null\n");
+    QFile::setPermissions(reader, QFile::ReadOwner | QFile::ExeOwner);
+    const QDateTime longAgo = QDateTime::currentDateTimeUtc().addYears(-3);
+    QFile aged(raw); // dated back, so that any write shows in the time
+    QVERIFY(aged.open(QIODevice::ReadOnly) &&
+            aged.setFileTime(longAgo, QFileDevice::FileModificationTime));
+    aged.close();
+    const QByteArray before = fileHash(raw);
+    const QDateTime modified = QFileInfo(raw).lastModified();
+    {
+        MainWindow window;
+        window.openFile(raw);
+        QVERIFY(window.rawFile && window.rawFile->hasPreviewImage());
+        QVERIFY(writeReportPdf(*window.rawFile, m_files.filePath(QStringLiteral("touch.pdf"))));
+        apptest::whenModal<QFileDialog>([&](QFileDialog *dialog) {
+            chooseFile(dialog, m_files.filePath(QStringLiteral("touch.jpg")));
+        });
+        auto box = apptest::answerNextBox(QMessageBox::Ok);
+        window.on_actionSave_Preview_triggered();
+        QVERIFY(box->seen);
+        const auto [program, arguments] = MainWindow::externalProgramLaunch(reader, raw);
+        QCOMPARE(QProcess::execute(program, arguments), 0);
+    }
+    QCOMPARE(fileHash(raw), before);
+    QCOMPARE(QFileInfo(raw).lastModified(), modified);
 }
 
 QTEST_MAIN(TestCommands)

@@ -77,6 +77,13 @@ void leicaMakerNoteCountMax(Ifd &ifd0)
     ifd0.child(0x8769, exif);
 }
 
+// Maker and software texts of 32 KB each: the report once laid them out for 30 s.
+void reportLongTexts(Ifd &ifd0)
+{
+    ifd0.offsetTo(0x010F, QByteArray(32 * 1024, 'M') + '\0');
+    ifd0.offsetTo(0x0131, QByteArray(32 * 1024, 'S') + '\0');
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -97,6 +104,7 @@ int main(int argc, char *argv[])
         {"preview-size-huge.dng",
          broken([](Ifd &d) { d.longValue(0x0100, 65535).longValue(0x0101, 65535); })},
         {"leica-makernote-count-max.dng", broken(leicaMakerNoteCountMax)},
+        {"report-long-texts.dng", broken(reportLongTexts, Order::Little)},
     };
     for (const auto &[name, bytes] : files) {
         if (!writeFile(dir.filePath(QLatin1String(name)), bytes))

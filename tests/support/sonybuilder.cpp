@@ -22,22 +22,27 @@ QByteArray sonyBlock(int size, const QList<std::pair<int, quint8>> &bytesAt)
     return block;
 }
 
-SonyFile sonyArw(const QByteArray &model, const IfdPtr &makerNote)
+SonyFile sonyArw(const QByteArray &model, const IfdPtr &makerNote, Order order)
 {
     // The note hangs from IFD0 as a directory pointer; its position is read
     // back from that entry's field.
     constexpr quint16 kMakerNoteTag = 0x927C;
     auto ifd0 = Ifd::make();
     ifd0->ascii(0x010F, "SONY").ascii(0x0110, model).child(kMakerNoteTag, makerNote);
-    SonyFile file{tiff(Order::Little, ifd0)};
+    SonyFile file{tiff(order, ifd0)};
     const auto u16 = [&](qint64 at) {
-        return qFromLittleEndian<quint16>(file.data.constData() + at);
+        const char *p = file.data.constData() + at;
+        return order == Order::Little ? qFromLittleEndian<quint16>(p) : qFromBigEndian<quint16>(p);
     };
-    const qint64 ifd = qFromLittleEndian<quint32>(file.data.constData() + 4);
+    const auto u32 = [&](qint64 at) {
+        const char *p = file.data.constData() + at;
+        return order == Order::Little ? qFromLittleEndian<quint32>(p) : qFromBigEndian<quint32>(p);
+    };
+    const qint64 ifd = u32(4);
     for (int i = 0; i < u16(ifd); ++i) {
         const qint64 entry = ifd + 2 + 12 * i;
         if (u16(entry) == kMakerNoteTag)
-            file.makerNoteOffset = qFromLittleEndian<quint32>(file.data.constData() + entry + 8);
+            file.makerNoteOffset = u32(entry + 8);
     }
     return file;
 }

@@ -29,8 +29,9 @@ struct SonyFile {
     quint32 makerNoteOffset = 0; // absolute position of the note's entry count
 };
 
-// A little-endian TIFF file with Make "SONY", the model and the maker note.
-SonyFile sonyArw(const QByteArray &model, const IfdPtr &makerNote);
+// A TIFF file (little-endian as the cameras write it) with Make "SONY", the
+// model and the maker note.
+SonyFile sonyArw(const QByteArray &model, const IfdPtr &makerNote, Order order = Order::Little);
 
 } // namespace fixture
 
