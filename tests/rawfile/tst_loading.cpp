@@ -6,7 +6,6 @@
 #include "tests/support/samplem9.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPixmap>
 #include <QRandomGenerator>
@@ -151,8 +150,8 @@ void TestLoading::recognition()
 }
 
 // The files in tests/data once hung or overran the reader; each must now end
-// quickly with the answer its well-formed part gives. Paths that are no
-// files end at once.
+// with the answer its well-formed part gives (tst_boundedtime times them).
+// Paths that are no files end at once.
 void TestLoading::hostileInput_data()
 {
     QTest::addColumn<QString>("path");
@@ -187,8 +186,6 @@ void TestLoading::hostileInput()
     if (path == QLatin1String(":empty"))
         path = m_files.write("empty.dng", QByteArray());
     QVERIFY2(!accepted || QFileInfo::exists(path), qPrintable(path));
-    QElapsedTimer timer;
-    timer.start();
     TM9File file(path);
     QCOMPARE(file.processFile(), accepted);
     if (ifdCount >= 0)
@@ -196,7 +193,6 @@ void TestLoading::hostileInput()
     QVERIFY(!file.previewImageScaled(64, 0) || file.previewImage()->width() < 8192);
     TM9File preflight(path);
     QVERIFY(preflight.processFilePreflight() <= accepted);
-    QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
 }
 
 // The sample cut at every length and with random bytes: every pass must end.

@@ -58,8 +58,6 @@ private slots:
     void decipher();
     void modelDispatch_data();
     void modelDispatch();
-    void shotCounter_data();
-    void shotCounter();
     void iso9401_data();
     void iso9401();
     void focus9402_data();
@@ -95,17 +93,20 @@ void TstSony::decipher()
 void TstSony::modelDispatch_data()
 {
     QTest::addColumn<QByteArray>("model");
-    QTest::addColumn<QStringList>("read"); // 0x2010 lens, 0x9050 release mode, time, aperture
+    // 0x2010 lens, 0x9050 release mode, time, aperture, shot counter (one byte or four)
+    QTest::addColumn<QStringList>("read");
     const QString b = QStringLiteral("Continuous - White Balance Bracketing");
     QTest::newRow("7M2: 2010g, 9050a")
         << QByteArray("ILCE-7M2")
-        << QStringList{"Sony E 16mm F2.8", "Continuous - Exposure Bracketing", "", ""};
+        << QStringList{"Sony E 16mm F2.8", "Continuous - Exposure Bracketing", "", "", "261"};
     QTest::newRow("7RM2: 2010h, 9050b")
-        << QByteArray("ILCE-7RM2") << QStringList{"Sony E 18-55mm F3.5-5.6 OSS", b, "256", "5.6"};
-    QTest::newRow("9: 2010i, 9050b")
-        << QByteArray("ILCE-9") << QStringList{"Sony E 55-210mm F4.5-6.3 OSS", b, "256", "5.6"};
+        << QByteArray("ILCE-7RM2")
+        << QStringList{"Sony E 18-55mm F3.5-5.6 OSS", b, "256", "5.6", "261"};
+    QTest::newRow("9: 2010i, 9050b, counter in one byte")
+        << QByteArray("ILCE-9")
+        << QStringList{"Sony E 55-210mm F4.5-6.3 OSS", b, "256", "5.6", "5"};
     QTest::newRow("6000: no 2010, 9050b")
-        << QByteArray("ILCE-6000") << QStringList{"", b, "256", "5.6"};
+        << QByteArray("ILCE-6000") << QStringList{"", b, "256", "5.6", "261"};
 }
 
 void TstSony::modelDispatch()
@@ -117,26 +118,13 @@ void TstSony::modelDispatch()
         sonyBlock(6400, le16(6335, 0x8010) + le16(6383, 0x8011) + le16(6131, 0x8012));
     const QByteArray block9050 =
         sonyBlock(300, Bytes{{63, 2}, {75, 3}} + le16(70, 6144) + le16(72, 0x14F8));
-    const auto file = load(model, note({{0x2010, block2010}, {0x9050, block9050}}));
+    const QByteArray block9400 = sonyBlock(90, {{10, 5}, {11, 1}});
+    const auto file =
+        load(model, note({{0x2010, block2010}, {0x9050, block9050}, {0x9400, block9400}}));
     const TSonyValues &v = file->sony();
     QTEST((QStringList{v.block2010.lensType2, v.block9050.releaseMode, v.block9050.exposureTimeText,
-                       v.apertureText}),
+                       v.apertureText, QString::number(v.shotNumberSincePowerUp)}),
           "read");
-}
-
-void TstSony::shotCounter_data()
-{
-    QTest::addColumn<QByteArray>("model");
-    QTest::addColumn<quint32>("counter");
-    QTest::newRow("ILCE-9 counts in one byte") << QByteArray("ILCE-9") << 5u;
-    QTest::newRow("ILCE-7M2 counts in four") << QByteArray("ILCE-7M2") << 261u;
-}
-
-void TstSony::shotCounter()
-{
-    QFETCH(QByteArray, model);
-    const auto file = load(model, note({{0x9400, sonyBlock(90, {{10, 5}, {11, 1}})}}));
-    QTEST(file->sony().shotNumberSincePowerUp, "counter");
 }
 
 void TstSony::iso9401_data()
