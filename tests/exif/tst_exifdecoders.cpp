@@ -297,7 +297,6 @@ void TstExifDecoders::decode_data()
         return sample([=](SampleM9 &o) { o.exposureTime = {num, den}; });
     };
     row("panel exposure 0/1", exposed(0, 1), panel("Exp.Time:"), "n.a");
-    row("panel exposure 1/0", exposed(1, 0), panel("Exp.Time:"), "n.a");
     row("panel exposure 1/15 is no nominal time", exposed(1, 15), panel("Exp.Time:"), "n.a sec");
     row("panel temperature below zero", sample([](SampleM9 &o) { o.temperature = -3; }),
         panel("SensorTemperature:"), "-3C");

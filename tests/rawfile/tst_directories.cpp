@@ -106,8 +106,6 @@ void TestDirectories::tagNames_data()
     const auto row = [](const char *name, const QString &actual, const char *expected) {
         QTest::newRow(name) << actual << QString::fromUtf8(expected);
     };
-    row("first Exif tag", F::exifTagName(0x0001), "[Exif] InteropIndex");
-    row("last Exif tag", F::exifTagName(0xFE58), "[Exif] MoireFilter");
     row("Exif name under two tags", F::exifTagName(0xBC80), "[Exif] ImageWidth");
     row("Exif tag unknown", F::exifTagName(0x3039), "[Exif] --- unbekannt ---");
     row("Exif tag beyond 16 bits", F::exifTagName(0x1829A), "[Exif] --- unbekannt ---");
@@ -162,15 +160,8 @@ void TestDirectories::chain()
 
 void TestDirectories::makerNoteNeedsModelFirst()
 {
-    // Another camera: the position is kept, the note is not read.
-    SampleM9 options;
-    options.model = "X1";
-    const auto other = load(sampleM9Dng(options));
-    QVERIFY(other->exif().makerNotePosition != 0);
-    QCOMPARE(other->leica().serialNumber, QStringLiteral("n.a."));
-    QCOMPARE(other->panasonicSubDirPosition(0), 0u);
-
-    // The model behind the Exif IFD comes too late for the maker note.
+    // The model behind the Exif IFD comes too late for the maker note (another
+    // camera's note is not read either: see tst_loading's recognition).
     auto serial = Ifd::make();
     serial->ascii(0x3103, "77", true);
     auto late = withLeicaNote(Ifd::make(), Order::Big, {{0x3100, serial}});

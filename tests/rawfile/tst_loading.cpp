@@ -6,7 +6,6 @@
 #include "tests/support/samplem9.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPixmap>
 #include <QRandomGenerator>
@@ -52,7 +51,6 @@ private Q_SLOTS:
     void preview_data();
     void preview();
     void pictures();
-    void neverWritesTheFile();
     void hostileInput_data();
     void hostileInput();
     void damagedSample();
@@ -151,29 +149,9 @@ void TestLoading::recognition()
     }
 }
 
-void TestLoading::neverWritesTheFile()
-{
-    const QByteArray bytes = sampleM9Dng();
-    const QString path = m_files.write("r.dng", bytes);
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadUser);
-    const QDateTime modified = QFileInfo(path).lastModified();
-    {
-        TM9File file(path);
-        QVERIFY(file.processFile());
-        QVERIFY(file.previewImageScaled(100, 0));
-        QVERIFY(!file.extractJPEGImage(0, 100));
-        file.extractFullSizeImage(nullptr);
-        TM9File(path).processFilePreflight();
-    }
-    QFile reread(path);
-    QVERIFY(reread.open(QIODevice::ReadOnly));
-    QCOMPARE(reread.readAll(), bytes);
-    QCOMPARE(QFileInfo(path).lastModified(), modified);
-}
-
 // The files in tests/data once hung or overran the reader; each must now end
-// quickly with the answer its well-formed part gives. Paths that are no
-// files end at once.
+// with the answer its well-formed part gives (tst_boundedtime times them).
+// Paths that are no files end at once.
 void TestLoading::hostileInput_data()
 {
     QTest::addColumn<QString>("path");
@@ -208,8 +186,6 @@ void TestLoading::hostileInput()
     if (path == QLatin1String(":empty"))
         path = m_files.write("empty.dng", QByteArray());
     QVERIFY2(!accepted || QFileInfo::exists(path), qPrintable(path));
-    QElapsedTimer timer;
-    timer.start();
     TM9File file(path);
     QCOMPARE(file.processFile(), accepted);
     if (ifdCount >= 0)
@@ -217,7 +193,6 @@ void TestLoading::hostileInput()
     QVERIFY(!file.previewImageScaled(64, 0) || file.previewImage()->width() < 8192);
     TM9File preflight(path);
     QVERIFY(preflight.processFilePreflight() <= accepted);
-    QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
 }
 
 // The sample cut at every length and with random bytes: every pass must end.

@@ -87,7 +87,7 @@ public:
         if (out.size() % 2)
             out.append('\0');
         const qint64 start = out.size();
-        put16(ifd.m_forcedCount.value_or(quint16(ifd.m_entries.size())));
+        put16(quint16(ifd.m_entries.size()));
         for (const auto &e : ifd.m_entries) {
             put16(e.tag);
             put16(e.type);
@@ -125,9 +125,7 @@ public:
                     placeAt(field, value.out);
             }
         }
-        if (ifd.m_nextRaw)
-            patch32(nextField, *ifd.m_nextRaw);
-        else if (ifd.m_next)
+        if (ifd.m_next)
             patch32(nextField, quint32(writeIfd(*ifd.m_next)));
         return start;
     }

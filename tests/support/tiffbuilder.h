@@ -4,8 +4,7 @@
 // Writes TIFF/DNG files entry by entry, in either byte order, for tests, the
 // benchmark and the sample file. Directories are laid out in the order they are
 // reached; every offset is filled in by the writer, so a test names values, not
-// positions. Broken layouts are made with raw fields, raw next offsets and a
-// forced entry count.
+// positions. Broken layouts are made with raw fields.
 //
 //   auto exif = fixture::Ifd::make();
 //   exif->rational(0x829A, 1, 250);
@@ -67,9 +66,11 @@ public:
     // The field written verbatim (in file byte order) with any type and count.
     Ifd &raw(quint16 tag, quint16 type, quint32 count, quint32 field);
 
-    Ifd &next(IfdPtr directory) { return set(m_next, std::move(directory)); }
-    Ifd &nextRaw(quint32 offset) { return set(m_nextRaw, offset); } // written as given
-    Ifd &forceEntryCount(quint16 count) { return set(m_forcedCount, count); }
+    Ifd &next(IfdPtr directory)
+    {
+        m_next = std::move(directory);
+        return *this;
+    }
 
 private:
     friend class Writer;
@@ -89,15 +90,8 @@ private:
     {
         return {list.begin(), list.end()};
     }
-    template <typename T, typename V> Ifd &set(T &member, V value)
-    {
-        member = std::move(value);
-        return *this;
-    }
     QList<Entry> m_entries;
     IfdPtr m_next;
-    std::optional<quint32> m_nextRaw;
-    std::optional<quint16> m_forcedCount;
 };
 
 // A complete TIFF file: header, first IFD and everything reachable from it.
