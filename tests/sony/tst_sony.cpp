@@ -77,6 +77,8 @@ void TstSony::decipher_data()
     QTest::addColumn<QByteArray>("input");
     QTest::addColumn<QByteArray>("expected");
     QTest::newRow("cube roots") << QByteArray("\x02\x03") << QByteArray("\x32\xB1");
+    const QByteArray fixed("\x00\x01\x52\x53\x54\xA5\xA6\xA7\xF8\xF9\xFF", 11);
+    QTest::newRow("fixed points, 249 and up unchanged") << fixed << fixed;
     QByteArray all(256, '\0');
     for (int i = 0; i < 256; ++i)
         all[i] = char(i);
