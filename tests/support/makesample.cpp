@@ -27,9 +27,8 @@ int main(int argc, char *argv[])
             out = a;
     }
     if (out.isEmpty()) {
-        std::fprintf(stderr,
-                     "usage: tolvik-sample OUT.dng [--thumbnail] [--gps] [--little-endian] "
-                     "[--raw-bytes N]\n");
+        std::fprintf(stderr, "usage: tolvik-sample OUT.dng [--thumbnail] [--gps] [--little-endian] "
+                             "[--raw-bytes N]\n");
         return 2;
     }
     return fixture::writeFile(out, fixture::sampleM9Dng(options)) ? 0 : 1;
