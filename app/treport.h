@@ -46,13 +46,10 @@ public:
     // header and footer. Returns the number of pages.
     int print(QPagedPaintDevice *device) const;
 
+private:
     // The body of the report laid out for the device (no header or footer).
     std::unique_ptr<QTextDocument> document(QPagedPaintDevice *device) const;
 
-    // The preview as the report shows it: turned upright by the orientation.
-    QImage turnedPreview() const { return m_preview; }
-
-private:
     const TM9File &m_file;
     QImage m_preview;
     QImage m_rgbDistribution;
