@@ -242,7 +242,7 @@ void MainWindow::on_actionPreferences_triggered()
 
 void MainWindow::on_actionPrint_triggered()
 {
-    if (!rawFile || !rawFile->hasPreviewImage() || !rawFile->previewImage())
+    if (!rawFile || !rawFile->previewImage())
         return;
     const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage());
     QPrinter printer;
@@ -266,10 +266,9 @@ void MainWindow::on_actionSave_Preview_triggered()
     const QString path =
         QFileDialog::getSaveFileName(this, tr("Save PreviewPicture as jpg"),
                                      previewProposal(currentFileName), tr("Images (*.jpg)"));
-    if (path.isEmpty() || !rawFile || !rawFile->hasPreviewImage() || !rawFile->previewImage())
+    if (path.isEmpty() || !rawFile || !rawFile->previewImage())
         return;
-    const QPixmap preview = *rawFile->previewImage();
-    preview.save(path, "jpg", -1);
+    rawFile->previewImage()->save(path, "jpg", -1);
     // Reported whether or not the picture could be written.
     QMessageBox box(QMessageBox::Information, QStringLiteral("Save Preview"),
                     QStringLiteral("Datei ") + path + QStringLiteral(" wurde gespeichert"),
@@ -416,7 +415,7 @@ void MainWindow::updateBild()
 
     // A file without a preview gives an empty, zero-sized view.
     QPixmap pixmap;
-    if (const QPixmap *preview = rawFile->hasPreviewImage() ? rawFile->previewImage() : nullptr)
+    if (const QPixmap *preview = rawFile->previewImage())
         pixmap = *preview;
     auto *item = new TMyGraphicsPixmapItem(pixmap);
     scene->addItem(item);
@@ -455,5 +454,5 @@ void MainWindow::updateInfoBoxRGB()
 
 void MainWindow::berechneRGBVerteilung()
 {
-    rgb.add(rawFile && rawFile->hasPreviewImage() ? rawFile->previewImage() : nullptr);
+    rgb.add(rawFile ? rawFile->previewImage() : nullptr);
 }

@@ -259,7 +259,7 @@ QList<TReportRow> reportRows(const TM9File &file)
 TReport::TReport(TM9File &file, const QImage &rgbDistribution)
     : m_file(file), m_rgbDistribution(rgbDistribution)
 {
-    if (const QPixmap *preview = file.hasPreviewImage() ? file.previewImage() : nullptr)
+    if (const QPixmap *preview = file.previewImage())
         m_preview = turnedByOrientation(preview->toImage(), file.exif().orientation);
 }
 
@@ -318,7 +318,7 @@ void setReportMargins(QPagedPaintDevice *device)
 
 bool writeReportPdf(TM9File &file, const QString &pdfPath)
 {
-    if (!file.hasPreviewImage() || !file.previewImage())
+    if (!file.previewImage())
         return false;
     TRgbDistribution distribution;
     distribution.add(file.previewImage());
