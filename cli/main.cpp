@@ -254,15 +254,15 @@ void keepOwnMessages(QtMsgType type, const QMessageLogContext &context, const QS
 int main(int argc, char *argv[])
 {
     qInstallMessageHandler(keepOwnMessages);
+    TOptions options;
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args.append(QString::fromLocal8Bit(argv[i]));
+    const QString problem = parseArguments(args, options);
+
     // Only the report draws (fonts, pictures, PDF): it needs a GUI application,
     // not a display. Reading and printing values needs neither.
-    const bool drawing = [&] {
-        for (int i = 1; i < argc; ++i) {
-            if (qstrcmp(argv[i], "--report") == 0)
-                return true;
-        }
-        return false;
-    }();
+    const bool drawing = !options.reportPath.isEmpty();
     if (drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> app = drawing
@@ -270,8 +270,6 @@ int main(int argc, char *argv[])
                                                 : std::make_unique<QCoreApplication>(argc, argv);
     QCoreApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
 
-    TOptions options;
-    const QString problem = parseArguments(QCoreApplication::arguments().mid(1), options);
     if (options.help) {
         std::fputs(kUsage, stdout);
         return 0;
