@@ -6,7 +6,7 @@
 #include "rawfile/tm9file.h"
 #include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
-#include "treport.h"
+#include "documents/treport.h"
 
 #include <QClipboard>
 #include <QCloseEvent>

@@ -11,7 +11,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "rgbdistribution.h"
+#include "documents/rgbdistribution.h"
 
 #include <utility>
 

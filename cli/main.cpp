@@ -10,7 +10,7 @@
 #include "rawfile/dngfiles.h"
 #include "rawfile/tiffentry.h"
 #include "rawfile/tm9file.h"
-#include "treport.h"
+#include "documents/treport.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

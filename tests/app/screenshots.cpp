@@ -6,7 +6,7 @@
 
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
-#include "treport.h"
+#include "documents/treport.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "tests/fuzz/fuzztargets.h"
 
-#include "app/treport.h"
+#include "documents/treport.h"
 #include "cli/queries.h"
 #include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"

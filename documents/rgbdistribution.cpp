@@ -1,4 +1,4 @@
-#include "rgbdistribution.h"
+#include "documents/rgbdistribution.h"
 
 #include <QColor>
 #include <QPainter>

@@ -1,9 +1,9 @@
-#include "treport.h"
+#include "documents/treport.h"
 
 #include "exif/paneltexts.h"
 #include "rawfile/limits.h"
 #include "rawfile/tm9file.h"
-#include "rgbdistribution.h"
+#include "documents/rgbdistribution.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QCoreApplication>
