@@ -18,7 +18,7 @@ template <typename Result, typename Work, typename Deliver>
 void runInOrder(int count, int threads, Work work, Deliver deliver)
 {
     const int window = std::max(threads, 1) * limits::kFilesInFlightPerThread;
-    std::vector<std::optional<Result>> slots(
+    std::vector<std::optional<Result>> results(
         static_cast<std::size_t>(window)); // item i at i % window
     std::mutex mutex;
     // Each side is woken only when it cannot go on otherwise: switching
@@ -28,7 +28,7 @@ void runInOrder(int count, int threads, Work work, Deliver deliver)
     int delivered = 0; // items handed to deliver
     const auto mayTake = [&] { return next < count && next < delivered + window; };
     const auto slotOf = [&](int i) -> std::optional<Result> & {
-        return slots[std::size_t(i % window)];
+        return results[std::size_t(i % window)];
     };
 
     const auto worker = [&] {

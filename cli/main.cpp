@@ -1,21 +1,21 @@
 // tolvik-info: prints what Tolvik shows for raw files, for scripts and for
 // sorting a card full of files.
 
+#include "cli/filerows.h"
 #include "cli/inorder.h"
 #include "cli/limits.h"
 #include "cli/queries.h"
 #include "cli/records.h"
 #include "cli/sonymakernote.h"
+#include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
 #include "rawfile/tiffentry.h"
 #include "rawfile/tm9file.h"
-#include "documents/treport.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QSize>
 #include <QStringList>
 #include <QThread>
 
@@ -27,7 +27,7 @@
 namespace {
 
 constexpr char kUsage[] =
-    "usage: tolvik-info [--json | --csv] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
+    "usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
     "       tolvik-info --report OUT.pdf FILE\n"
     "       tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "\n"
@@ -41,6 +41,9 @@ constexpr char kUsage[] =
     "  --json       one JSON object per file, one line each\n"
     "  --csv        a header row and one row per file (RFC 4180); a rejected file's\n"
     "               row has its path and the reason in the last column, \"error\"\n"
+    "  --exact      the values as the camera wrote them (\"1/15\", \"\u2248 f/5.6\",\n"
+    "               \"-0.7 EV\", ISO dates) instead of the panel's roundings; with\n"
+    "               --json also as numbers (iso, exposure_time_s, aperture_estimate, ...)\n"
     "  --all        add every query and decoder of the reader, keyed by method name,\n"
     "               and the values stored per directory\n"
     "  --preflight  run the quick pass instead (model, thumbnail, F-number, focal length)\n"
@@ -62,8 +65,7 @@ constexpr int kProgressFromFiles = 101;
 
 struct TOptions {
     TFormat format = TFormat::Text;
-    bool all = false;
-    bool preflight = false;
+    TRowOptions rows;
     int jobs = 0; // 0: one per core
     bool help = false;
     QString reportPath; // --report: the PDF of one file
@@ -96,9 +98,11 @@ QString parseArguments(const QStringList &args, TOptions &options)
         } else if (arg == QLatin1String("--csv")) {
             options.format = TFormat::Csv;
         } else if (arg == QLatin1String("--all")) {
-            options.all = true;
+            options.rows.all = true;
+        } else if (arg == QLatin1String("--exact")) {
+            options.rows.exact = true;
         } else if (arg == QLatin1String("--preflight")) {
-            options.preflight = true;
+            options.rows.preflight = true;
         } else if (arg == QLatin1String("--report")) {
             options.reportPath = value(arg.size());
             if (options.reportPath.isEmpty())
@@ -118,6 +122,7 @@ QString parseArguments(const QStringList &args, TOptions &options)
     }
     if (options.paths.isEmpty())
         return QStringLiteral("no file given");
+    options.rows.numbers = options.rows.exact && options.format == TFormat::Json;
     if ((!options.reportPath.isEmpty() || !options.sonyOffset.isEmpty()) &&
         options.paths.size() != 1)
         return QStringLiteral("--report and --sony-makernote take one file");
@@ -137,40 +142,6 @@ QStringList filesToRead(const QStringList &paths)
     return files;
 }
 
-QString sizeText(const QSize &size)
-{
-    return size.isValid() ? QStringLiteral("%1x%2").arg(size.width()).arg(size.height())
-                          : QString();
-}
-
-// The rows of one file, after its pass; builds no picture, so any thread may call it.
-QList<TRow> rowsOf(const TM9File &file, const TOptions &options, bool accepted)
-{
-    QList<TRow> rows{
-        {options.preflight ? QStringLiteral("processFilePreflight") : QStringLiteral("processFile"),
-         accepted}};
-    if (options.preflight) {
-        const QString thumbnail = sizeText(file.thumbnailSize());
-        rows += {
-            {QStringLiteral("Model:"), file.exif().model},
-            {QStringLiteral("Thumbnail:"),
-             thumbnail.isEmpty() ? QStringLiteral("none") : thumbnail},
-            {QStringLiteral("F-Number:"), file.exif_0x829D_FNumberAsString()},
-            {QStringLiteral("Focal Length:"), focalLengthText(file)},
-        };
-    } else {
-        for (const auto &[caption, text] : panelRows(panelTexts(file)))
-            rows.append({caption, text});
-    }
-    if (options.all) {
-        for (const TQuery &query : allQueries())
-            rows.append({QString::fromLatin1(query.name), query.value(file)});
-        for (const TQuery &field : storedValues())
-            rows.append({QString::fromLatin1(field.name), field.value(file)});
-    }
-    return rows;
-}
-
 struct TFileResult {
     QByteArray out;
     bool accepted = false;
@@ -179,8 +150,8 @@ struct TFileResult {
 TFileResult readFile(const QString &path, const TOptions &options)
 {
     TM9File file(path);
-    const bool accepted = options.preflight ? file.processFilePreflight() : file.processFile();
-    return {record(options.format, path, rowsOf(file, options, accepted), accepted,
+    const bool accepted = options.rows.preflight ? file.processFilePreflight() : file.processFile();
+    return {record(options.format, path, fileRows(file, options.rows, accepted), accepted,
                    QString::fromLatin1(kRejected)),
             accepted};
 }
@@ -282,7 +253,7 @@ int main(int argc, char *argv[])
     if (!options.reportPath.isEmpty())
         return writeReport(options.reportPath, options.paths.first());
     if (!options.sonyOffset.isEmpty())
-        return runSonyMakerNote({options.sonyOffset, options.paths.first(), options.all},
+        return runSonyMakerNote({options.sonyOffset, options.paths.first(), options.rows.all},
                                 options.format);
 
     const QStringList files = filesToRead(options.paths);
@@ -292,7 +263,7 @@ int main(int argc, char *argv[])
     jobs = std::max(1, std::min({jobs, limits::kMaxJobs, int(files.size())}));
 
     if (options.format == TFormat::Csv)
-        std::fputs(csvHeader(rowsOf(TM9File(), options, false)).constData(), stdout);
+        std::fputs(csvHeader(fileRows(TM9File(), options.rows, false)).constData(), stdout);
     int status = 0;
     TProgress progress(int(files.size()));
     runInOrder<TFileResult>(

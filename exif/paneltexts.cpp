@@ -2,6 +2,35 @@
 
 #include "rawfile/tm9file.h"
 
+#include <QLocale>
+
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace {
+
+const QString kNotAvailable = QStringLiteral("n.a");
+constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+
+// Exposure times up to this long read as fractions ("1/4"); longer ones in
+// seconds ("0.5"), as the camera's display and most raw converters show them.
+constexpr double kLongestFraction = 0.25;
+
+double quotientOrNaN(double num, double den)
+{
+    return den != 0 ? num / den : kMissing;
+}
+
+// At most one decimal, none for whole numbers: "0.5", "2", "62.5".
+QString shortDecimal(double value)
+{
+    return QLocale::c().toString(std::round(value * 10.0) / 10.0, 'f',
+                                 std::fmod(std::round(value * 10.0), 10.0) == 0 ? 0 : 1);
+}
+
+} // namespace
+
 QString approximateApertureText(const TLeicaValues &leica)
 {
     // Whole f-stops only: 28/10 shows 2.0. A zero denominator shows 0.0.
@@ -25,7 +54,95 @@ QString focalLengthText(const TM9File &file)
     return file.exif_0x920A_FocalLengthAsString() + QStringLiteral("mm");
 }
 
-TPanelTexts panelTexts(const TM9File &file)
+QString exactExposureTime(const TRational &time)
+{
+    if (time.num == 0 || time.den == 0)
+        return kNotAvailable;
+    const quint32 divisor = std::gcd(time.num, time.den);
+    const quint32 num = time.num / divisor;
+    const quint32 den = time.den / divisor;
+    const double seconds = double(num) / double(den);
+    if (seconds > kLongestFraction)
+        return shortDecimal(seconds);
+    if (num == 1)
+        return QStringLiteral("1/%1").arg(den);
+    return QStringLiteral("1/") + shortDecimal(1.0 / seconds);
+}
+
+QString exactAperture(const TRational &fNumber)
+{
+    if (fNumber.num == 0 || fNumber.den == 0)
+        return kNotAvailable;
+    return QStringLiteral("≈ f/%1").arg(double(fNumber.num) / double(fNumber.den), 0, 'f', 1);
+}
+
+QString signedOneDecimal(double value)
+{
+    const double tenths = std::round(value * 10.0);
+    if (tenths == 0)
+        return QStringLiteral("0.0");
+    return (tenths > 0 ? QStringLiteral("+") : QString()) + QString::number(tenths / 10.0, 'f', 1);
+}
+
+QString exactCorrection(const TSRational &bias)
+{
+    if (bias.den == 0)
+        return kNotAvailable;
+    return signedOneDecimal(double(bias.num) / double(bias.den)) + QStringLiteral(" EV");
+}
+
+QString exactFocalLength(const TRational &length)
+{
+    if (length.num == 0 || length.den == 0)
+        return kNotAvailable;
+    return shortDecimal(double(length.num) / double(length.den)) + QStringLiteral(" mm");
+}
+
+QString exactTemperature(qint32 celsius)
+{
+    return QString::number(celsius) + QStringLiteral(" °C");
+}
+
+namespace {
+
+QDateTime exifDateTime(const QString &text)
+{
+    return QDateTime::fromString(text, QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+}
+
+} // namespace
+
+QString isoDateTime(const QString &exifDateTime)
+{
+    const QDateTime taken = ::exifDateTime(exifDateTime);
+    // A date the camera did not set (blanks, zeros) stays as it is stored.
+    return taken.isValid() ? taken.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : exifDateTime;
+}
+
+TPanelNumbers panelNumbers(const TM9File &file)
+{
+    const TExifValues &exif = file.exif();
+    const TLeicaValues &leica = file.leica();
+    TPanelNumbers n;
+    n.iso = exif.iso != 0 ? double(exif.iso) : kMissing;
+    n.exposureTime = exif.exposureTime.num != 0
+                         ? quotientOrNaN(exif.exposureTime.num, exif.exposureTime.den)
+                         : kMissing;
+    n.aperture = leica.approximateFNumber.num != 0
+                     ? quotientOrNaN(leica.approximateFNumber.num, leica.approximateFNumber.den)
+                     : kMissing;
+    n.focalLength = exif.focalLength.num != 0
+                        ? quotientOrNaN(exif.focalLength.num, exif.focalLength.den)
+                        : kMissing;
+    n.expCorrection = quotientOrNaN(exif.exposureBiasValue.num, exif.exposureBiasValue.den);
+    n.measuredLV = leica.measuredLV;
+    n.sensorBrightness = leica.externalSensorBrightness;
+    n.sensorTemperature = leica.cameraTemperature;
+    n.taken = exifDateTime(exif.dateTimeOriginal);
+    return n;
+}
+
+TPanelTexts panelTexts(const TM9File &file, TValueStyle style)
 {
     const TExifValues &exif = file.exif();
     const TLeicaValues &leica = file.leica();
@@ -50,6 +167,15 @@ TPanelTexts panelTexts(const TM9File &file)
     t.measuredLV = twoDecimals(leica.measuredLV);
     t.sensorBrightness = twoDecimals(leica.externalSensorBrightness);
     t.sensorTemperature = temperatureText(leica);
+    if (style == TValueStyle::Exact) {
+        t.dateTime = isoDateTime(exif.dateTimeOriginal);
+        t.iso = exif.iso != 0 ? t.iso : kNotAvailable;
+        t.expTime = exactExposureTime(exif.exposureTime);
+        t.apprAperture = exactAperture(leica.approximateFNumber);
+        t.expCorrection = exactCorrection(exif.exposureBiasValue);
+        t.focalLength = exactFocalLength(exif.focalLength);
+        t.sensorTemperature = exactTemperature(leica.cameraTemperature);
+    }
     return t;
 }
 

@@ -4,6 +4,7 @@
 // The texts of the information panel, built once for the window, the printed
 // report and tolvik-info alike.
 
+#include <QDateTime>
 #include <QList>
 #include <QString>
 
@@ -11,6 +12,12 @@
 
 class TM9File;
 struct TLeicaValues;
+struct TRational;
+struct TSRational;
+
+// How the values are shown: as Tolvik always has (whole f-stops, the nominal
+// speeds of its table, "24C"), or as the camera wrote them.
+enum class TValueStyle { Specified, Exact };
 
 struct TPanelTexts {
     // header
@@ -35,7 +42,22 @@ struct TPanelTexts {
     QString imageId;
 };
 
-TPanelTexts panelTexts(const TM9File &file);
+TPanelTexts panelTexts(const TM9File &file, TValueStyle style = TValueStyle::Specified);
+
+// The shown values as numbers, for sorting, counting and JSON: NaN (an invalid
+// date) where the file holds none.
+struct TPanelNumbers {
+    double iso = 0;
+    double exposureTime = 0;  // seconds
+    double aperture = 0;      // the camera's estimate
+    double focalLength = 0;   // millimetres
+    double expCorrection = 0; // EV
+    double measuredLV = 0;
+    double sensorBrightness = 0;
+    double sensorTemperature = 0; // degrees Celsius
+    QDateTime taken;
+};
+TPanelNumbers panelNumbers(const TM9File &file);
 
 // The rows with the captions the panel shows beside them ("FileName:", ...,
 // "ImageID:"), preceded by camera, serial number and firmware.
@@ -50,5 +72,14 @@ QString approximateApertureText(const TLeicaValues &leica);
 QString twoDecimals(double value);
 QString temperatureText(const TLeicaValues &leica);
 QString focalLengthText(const TM9File &file);
+
+// The exact texts, each of one stored value; "n.a" where the file holds none.
+QString exactExposureTime(const TRational &time);  // "1/15", "0.5", "2"
+QString exactAperture(const TRational &fNumber);   // "≈ f/5.6", the camera's estimate
+QString exactCorrection(const TSRational &bias);   // "-0.7 EV", "+1.0 EV", "0.0 EV"
+QString exactFocalLength(const TRational &length); // "50 mm"
+QString exactTemperature(qint32 celsius);          // "24 °C"
+QString isoDateTime(const QString &exifDateTime);  // "2012-05-05 19:36:55"
+QString signedOneDecimal(double value);            // "+1.0", "-0.7", "0.0"
 
 #endif // PANELTEXTS_H

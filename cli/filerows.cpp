@@ -1,0 +1,73 @@
+#include "cli/filerows.h"
+
+#include "cli/queries.h"
+#include "exif/paneltexts.h"
+#include "rawfile/tm9file.h"
+
+#include <QSize>
+
+#include <cmath>
+
+namespace {
+
+QString sizeText(const QSize &size)
+{
+    return size.isValid() ? QStringLiteral("%1x%2").arg(size.width()).arg(size.height())
+                          : QString();
+}
+
+// A number JSON can carry, or null for a value the file does not hold.
+QVariant number(double value)
+{
+    return std::isnan(value) ? QVariant() : QVariant(value);
+}
+
+// The exact values under keys that stay the same from release to release.
+QList<TRow> numberRows(const TM9File &file)
+{
+    const TPanelNumbers n = panelNumbers(file);
+    return {
+        {QStringLiteral("date_time"),
+         n.taken.isValid() ? QVariant(n.taken.toString(Qt::ISODate)) : QVariant()},
+        {QStringLiteral("iso"), number(n.iso)},
+        {QStringLiteral("exposure_time_s"), number(n.exposureTime)},
+        {QStringLiteral("aperture_estimate"), number(n.aperture)},
+        {QStringLiteral("focal_length_mm"), number(n.focalLength)},
+        {QStringLiteral("exposure_correction_ev"), number(n.expCorrection)},
+        {QStringLiteral("measured_lv"), number(n.measuredLV)},
+        {QStringLiteral("sensor_brightness_lv"), number(n.sensorBrightness)},
+        {QStringLiteral("sensor_temperature_c"), number(n.sensorTemperature)},
+    };
+}
+
+} // namespace
+
+QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted)
+{
+    QList<TRow> rows{
+        {options.preflight ? QStringLiteral("processFilePreflight") : QStringLiteral("processFile"),
+         accepted}};
+    if (options.preflight) {
+        const QString thumbnail = sizeText(file.thumbnailSize());
+        rows += {
+            {QStringLiteral("Model:"), file.exif().model},
+            {QStringLiteral("Thumbnail:"),
+             thumbnail.isEmpty() ? QStringLiteral("none") : thumbnail},
+            {QStringLiteral("F-Number:"), file.exif_0x829D_FNumberAsString()},
+            {QStringLiteral("Focal Length:"), focalLengthText(file)},
+        };
+    } else {
+        const TValueStyle style = options.exact ? TValueStyle::Exact : TValueStyle::Specified;
+        for (const auto &[caption, text] : panelRows(panelTexts(file, style)))
+            rows.append({caption, text});
+    }
+    if (options.numbers)
+        rows += numberRows(file);
+    if (options.all) {
+        for (const TQuery &query : allQueries())
+            rows.append({QString::fromLatin1(query.name), query.value(file)});
+        for (const TQuery &field : storedValues())
+            rows.append({QString::fromLatin1(field.name), field.value(file)});
+    }
+    return rows;
+}
