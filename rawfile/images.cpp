@@ -33,14 +33,19 @@ template <typename Read> auto TM9File::withData(Read read)
     return result;
 }
 
-QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
+QImage TM9File::previewPicture()
+{
+    return hasPreviewImage() ? previewRgb(m_exif.stripOffsets, m_exif.stripByteCounts) : QImage();
+}
+
+QImage TM9File::previewRgb(unsigned int position, unsigned int length)
 {
     const QSize size = checkedPreviewSize(m_exif);
     if (size.isEmpty())
-        return nullptr;
+        return QImage();
     QImage image(size, QImage::Format_RGB32);
     if (image.isNull())
-        return nullptr;
+        return QImage();
 
     // Packed 8-bit RGB, rows top to bottom; a strip shorter than the picture
     // leaves the rest black.
@@ -58,7 +63,13 @@ QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
         }
         return true;
     });
-    return new QPixmap(QPixmap::fromImage(std::move(image)));
+    return image;
+}
+
+QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
+{
+    QImage image = previewRgb(position, length);
+    return image.isNull() ? nullptr : new QPixmap(QPixmap::fromImage(std::move(image)));
 }
 
 QPixmap *TM9File::extractJPEGImage(unsigned int position, unsigned int length)

@@ -25,6 +25,7 @@
 #include <array>
 #include <memory>
 
+class QImage;
 class QByteArray;
 class QFile;
 class QPixmap;
@@ -82,6 +83,9 @@ public:
     QPixmap *previewImage();
     QPixmap *thumbnailImage();
     QPixmap *previewImageScaled(int width, int height);
+    // The preview made anew as an image, on any thread (one thread per
+    // object); null when there is none. Not kept.
+    QImage previewPicture();
 
     // --- stored values, one struct per directory ---
     const TExifValues &exif() const { return m_exif; }
@@ -271,6 +275,7 @@ public:
     static double fahrenheit2Celsius(int f);
 
 private:
+    QImage previewRgb(unsigned int position, unsigned int length);
     friend class TM9FileTestAccess;
 
     void openFile();
