@@ -1,12 +1,12 @@
 #include "mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
 #include "rawfile/tm9file.h"
 #include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
-#include "documents/treport.h"
 
 #include <QClipboard>
 #include <QCloseEvent>
@@ -140,6 +140,9 @@ void MainWindow::readSettings()
     restoreState(settings.value(QStringLiteral("windowState")).toByteArray(), 0);
     settings.endGroup();
 
+    ui->actionExact_Values->setChecked(
+        settings.value(QStringLiteral("View/exactValues"), false).toBool());
+
     settings.beginGroup(QStringLiteral("OtherSettings"));
     lastDirectory =
         settings.value(QStringLiteral("lastDirectory"), QStringLiteral("/Volumes")).toString();
@@ -244,7 +247,7 @@ void MainWindow::on_actionPrint_triggered()
 {
     if (!rawFile || !rawFile->previewImage())
         return;
-    const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage());
+    const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage(), valueStyle());
     QPrinter printer;
     setReportMargins(&printer);
     QPrintPreviewDialog preview(&printer);
@@ -335,6 +338,20 @@ void MainWindow::on_actionCopy_triggered()
         QGuiApplication::clipboard()->setText(shownRows);
 }
 
+TValueStyle MainWindow::valueStyle() const
+{
+    return ui->actionExact_Values->isChecked() ? TValueStyle::Exact : TValueStyle::Specified;
+}
+
+void MainWindow::on_actionExact_Values_toggled(bool checked)
+{
+    QSettings().setValue(QStringLiteral("View/exactValues"), checked);
+    if (!rawFileShown)
+        return;
+    updateAnzeige();
+    showDistribution();
+}
+
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
     if (!firstDngPath(event->mimeData()).isEmpty())
@@ -360,8 +377,10 @@ void MainWindow::doProcess(QString path)
                         tr("Fehler bei der Verarbeitung. Keine native DNG-Datei!"), QMessageBox::Ok,
                         this);
         box.exec();
+        rawFileShown = false;
         return;
     }
+    rawFileShown = true;
     updateAnzeige();
     updateBild();
     updateInfoBoxRGB();
@@ -370,7 +389,7 @@ void MainWindow::doProcess(QString path)
 
 void MainWindow::updateAnzeige()
 {
-    const TPanelTexts t = panelTexts(*rawFile);
+    const TPanelTexts t = panelTexts(*rawFile, valueStyle());
     ui->lblFileName->setText(t.fileName);
     ui->lblDateTime->setText(t.dateTime);
     ui->lblExpTime->setText(t.expTime);
@@ -448,8 +467,19 @@ void MainWindow::onShowRGBAus()
 void MainWindow::updateInfoBoxRGB()
 {
     berechneRGBVerteilung();
+    showDistribution();
+}
+
+void MainWindow::showDistribution()
+{
+    QImage picture = rgb.picture();
+    if (valueStyle() == TValueStyle::Exact) {
+        TRgbDistribution shownFile;
+        shownFile.add(rawFile->previewImage());
+        picture = shownFile.picture();
+    }
     ui->lblRGBPic->setScaledContents(true);
-    ui->lblRGBPic->setPixmap(QPixmap::fromImage(rgb.picture()));
+    ui->lblRGBPic->setPixmap(QPixmap::fromImage(picture));
 }
 
 void MainWindow::berechneRGBVerteilung()

@@ -12,6 +12,7 @@
 #include <QStringList>
 
 #include "documents/rgbdistribution.h"
+#include "exif/paneltexts.h"
 
 #include <utility>
 
@@ -64,6 +65,7 @@ private slots:
     void on_actionSave_Preview_triggered();
     void on_actionAbout_Tolvik_triggered();
     void on_actionCopy_triggered();
+    void on_actionExact_Values_toggled(bool checked);
     void on_tbtnOpenClose_clicked();
     void onShowRGB(QPointF position, unsigned int rgb);
     void onShowRGBAus();
@@ -84,17 +86,21 @@ private:
     void updateBild();
     void updateInfoBoxRGB();
     void berechneRGBVerteilung();
+    void showDistribution();
+    TValueStyle valueStyle() const;
 
     Ui::MainWindow *ui;
     // The file opened last. Replaced (and only then deleted) by the next one.
     TM9File *rawFile = nullptr;
+    bool rawFileShown = false; // the panel shows rawFile (it was accepted)
     QString currentFileName;
     QString lastDirectory;
     QStringList programmListe;
     bool panelOpen = false;
     QString shownRows; // the panel's rows as the clipboard gets them
 
-    // RGB distribution, summed over every file opened so far.
+    // RGB distribution, summed over every file opened so far; the exact view
+    // draws the shown file's alone.
     TRgbDistribution rgb;
 };
 

@@ -28,7 +28,7 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
-    "       tolvik-info --report OUT.pdf FILE\n"
+    "       tolvik-info [--exact] --report OUT.pdf FILE\n"
     "       tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
@@ -194,7 +194,7 @@ private:
 };
 
 // The report of one file as a PDF; nothing is written for a rejected file.
-int writeReport(const QString &pdfPath, const QString &path)
+int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
 {
     TM9File file(path);
     if (!file.processFile()) {
@@ -205,7 +205,7 @@ int writeReport(const QString &pdfPath, const QString &path)
         std::fprintf(stderr, "%s: no preview picture to report\n", qPrintable(path));
         return 1;
     }
-    if (!writeReportPdf(file, pdfPath)) {
+    if (!writeReportPdf(file, pdfPath, style)) {
         std::fprintf(stderr, "tolvik-info: cannot write %s\n", qPrintable(pdfPath));
         return 1;
     }
@@ -251,7 +251,8 @@ int main(int argc, char *argv[])
     }
 
     if (!options.reportPath.isEmpty())
-        return writeReport(options.reportPath, options.paths.first());
+        return writeReport(options.reportPath, options.paths.first(),
+                           options.rows.exact ? TValueStyle::Exact : TValueStyle::Specified);
     if (!options.sonyOffset.isEmpty())
         return runSonyMakerNote({options.sonyOffset, options.paths.first(), options.rows.all},
                                 options.format);

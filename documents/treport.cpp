@@ -1,9 +1,9 @@
 #include "documents/treport.h"
 
+#include "documents/rgbdistribution.h"
 #include "exif/paneltexts.h"
 #include "rawfile/limits.h"
 #include "rawfile/tm9file.h"
-#include "documents/rgbdistribution.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QCoreApplication>
@@ -225,11 +225,14 @@ QString reportHeaderText()
                     QLatin1String(maker::kWeb), QLatin1String(maker::kMail));
 }
 
-QList<TReportRow> reportRows(const TM9File &file)
+QList<TReportRow> reportRows(const TM9File &file, TValueStyle style)
 {
     const TExifValues &exif = file.exif();
     const TLeicaValues &leica = file.leica();
     const QString leicaNotes = QStringLiteral("Leica MakerNotes");
+    // The exact view's texts where it has its own.
+    const bool exact = style == TValueStyle::Exact;
+    const TPanelTexts e = panelTexts(file, TValueStyle::Exact);
     return {
         {QStringLiteral("Maker"), QStringLiteral("0x010f"), exif.make},
         {QStringLiteral("Model"), QStringLiteral("0x0110"), exif.model},
@@ -237,27 +240,29 @@ QList<TReportRow> reportRows(const TM9File &file)
         {QStringLiteral("Firmware"), QStringLiteral("0x0131"), exif.software},
         {QStringLiteral("ISO"), QStringLiteral("0x8827"), file.exif_0x8827_ISOAsString()},
         {QStringLiteral("Exposure Time"), QStringLiteral("0x829A"),
-         file.exif_0x829A_ExposureTimeAsString()},
+         exact ? e.expTime : file.exif_0x829A_ExposureTimeAsString()},
         {QStringLiteral("Appr. Aperture"), QStringLiteral("0x3406"),
-         approximateApertureText(leica)},
+         exact ? e.apprAperture : approximateApertureText(leica)},
         {QStringLiteral("Metering Mode "), QStringLiteral("0x9207"),
          file.exif_0x9207_MeteringModeAsString()},
         {QStringLiteral("Exposure Program "), QStringLiteral("0x8822"),
          file.exif_0x8822_ExpProgAsString()},
         {QStringLiteral("Exposure Correction "), QStringLiteral("0x9204"),
-         file.exif_0x9204_ExpCompensationAsString()},
+         exact ? e.expCorrection : file.exif_0x9204_ExpCompensationAsString()},
         {QStringLiteral("Frame Selector "), leicaNotes, file.leicaFrameSelectorAsString()},
-        {QStringLiteral("Focal Length "), QStringLiteral("0x920A"), focalLengthText(file)},
+        {QStringLiteral("Focal Length "), QStringLiteral("0x920A"),
+         exact ? e.focalLength : focalLengthText(file)},
         {QStringLiteral("Lens "), leicaNotes, file.leicaLensTypeAsString()},
         {QStringLiteral("Measured LV "), leicaNotes, twoDecimals(leica.measuredLV)},
         {QStringLiteral("Ext. Sensor Brightness "), QStringLiteral("0x3408"),
          twoDecimals(leica.externalSensorBrightness)},
-        {QStringLiteral("Sensor Temperature "), QStringLiteral("0x3402"), temperatureText(leica)},
+        {QStringLiteral("Sensor Temperature "), QStringLiteral("0x3402"),
+         exact ? e.sensorTemperature : temperatureText(leica)},
     };
 }
 
-TReport::TReport(TM9File &file, const QImage &rgbDistribution)
-    : m_file(file), m_rgbDistribution(rgbDistribution)
+TReport::TReport(TM9File &file, const QImage &rgbDistribution, TValueStyle style)
+    : m_file(file), m_rgbDistribution(rgbDistribution), m_style(style)
 {
     if (const QPixmap *preview = file.previewImage())
         m_preview = turnedByOrientation(preview->toImage(), file.exif().orientation);
@@ -276,8 +281,8 @@ std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) cons
     const double mm = formatPixelsPerMm();
 
     QTextCursor cursor(doc.get());
-    insertTopBlock(*doc, cursor, panelTexts(m_file), m_preview, m_rgbDistribution, mm);
-    insertDetailsTable(cursor, reportRows(m_file), mm);
+    insertTopBlock(*doc, cursor, panelTexts(m_file, m_style), m_preview, m_rgbDistribution, mm);
+    insertDetailsTable(cursor, reportRows(m_file, m_style), mm);
     return doc;
 }
 
@@ -316,13 +321,13 @@ void setReportMargins(QPagedPaintDevice *device)
     device->setPageMargins(QMarginsF(kMargin, kMargin, kMargin, kMargin), QPageLayout::Millimeter);
 }
 
-bool writeReportPdf(TM9File &file, const QString &pdfPath)
+bool writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style)
 {
     if (!file.previewImage())
         return false;
     TRgbDistribution distribution;
     distribution.add(file.previewImage());
-    const TReport report(file, distribution.picture());
+    const TReport report(file, distribution.picture(), style);
 
     QPdfWriter writer(pdfPath);
     writer.setPageSize(QPageSize(QPageSize::A4));

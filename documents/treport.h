@@ -7,6 +7,8 @@
 // today's date. Needs Qt Gui only, so that tolvik-info writes the same report
 // as the window prints.
 
+#include "exif/paneltexts.h"
+
 #include <QImage>
 #include <QList>
 #include <QString>
@@ -34,13 +36,14 @@ struct TReportRow {
     QString tag;
     QString content;
 };
-QList<TReportRow> reportRows(const TM9File &file);
+QList<TReportRow> reportRows(const TM9File &file, TValueStyle style = TValueStyle::Specified);
 
 class TReport {
 public:
     // The file must have a preview (made here if it was not yet);
     // rgbDistribution is the picture the window shows beside it.
-    TReport(TM9File &file, const QImage &rgbDistribution);
+    TReport(TM9File &file, const QImage &rgbDistribution,
+            TValueStyle style = TValueStyle::Specified);
 
     // Lays the report out for the device's pages and paints each of them with
     // header and footer. Returns the number of pages.
@@ -53,6 +56,7 @@ private:
     const TM9File &m_file;
     QImage m_preview;
     QImage m_rgbDistribution;
+    TValueStyle m_style;
 };
 
 // The margins the report is laid out with, on paper or in a PDF.
@@ -61,6 +65,7 @@ void setReportMargins(QPagedPaintDevice *device);
 // Writes the report of a processed file to a PDF, with the RGB distribution of
 // its preview alone. False when the file has no preview or the PDF cannot be
 // written.
-bool writeReportPdf(TM9File &file, const QString &pdfPath);
+bool writeReportPdf(TM9File &file, const QString &pdfPath,
+                    TValueStyle style = TValueStyle::Specified);
 
 #endif // TREPORT_H

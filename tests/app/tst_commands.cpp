@@ -3,10 +3,10 @@
 // box, stepping through a folder and copying the panel's rows.
 
 #include "apptest.h"
+#include "documents/treport.h"
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
 #include "tdlgpreferences.h"
-#include "documents/treport.h"
 
 #include <QAction>
 #include <QClipboard>
@@ -18,6 +18,7 @@
 #include <QImageReader>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QPrintPreviewDialog>
@@ -93,6 +94,7 @@ private slots:
     void stepThroughFolder();
     void printAndCopyNeedAFile();
     void savePreviewLeavesFileUntouched();
+    void exactValuesView();
 
 private:
     QString writeReport(const fixture::SampleM9 &options, const QString &name);
@@ -333,6 +335,62 @@ void TestCommands::printAndCopyNeedAFile()
         const QString key = cells[0].endsWith(QLatin1Char(':')) ? cells[0].chopped(1) : cells[0];
         QCOMPARE(cells[1], cli.value(key).toString());
     }
+}
+
+// View > Exact Values switches the panel, the copied rows, the report and the
+// distribution to the camera's values and the shown file alone, and back.
+void TestCommands::exactValuesView()
+{
+    fixture::SampleM9 red;
+    red.preview = QImage(320, 240, QImage::Format_RGB32);
+    red.preview.fill(Qt::red);
+    const QString other = apptest::writeSample(m_files, QStringLiteral("L1000001.DNG"), red);
+    fixture::SampleM9 options;
+    options.exposureTime = {1, 15};
+    const QString path = apptest::writeSample(m_files, QStringLiteral("L1000002.DNG"), options);
+
+    auto window = std::make_unique<MainWindow>();
+    QAction *exact = window->findChild<QAction *>(QStringLiteral("actionExact_Values"));
+    QVERIFY(!exact->isChecked());
+    window->openFile(other);
+    window->openFile(path);
+    const QImage summed = window->rgb.picture();
+    const auto shown = [&] {
+        return QStringList{apptest::labelText(window.get(), "lblExpTime"),
+                           apptest::labelText(window.get(), "lblApprAperture"),
+                           apptest::labelText(window.get(), "lblExpCorrection"),
+                           apptest::labelText(window.get(), "lblDateTime")}
+            .join(QLatin1String(" | "));
+    };
+    const auto distribution = [&] {
+        return window->findChild<QLabel *>(QStringLiteral("lblRGBPic"))->pixmap().toImage();
+    };
+    QCOMPARE(shown(), QStringLiteral("n.a sec | 5.0 | -0.7 | 2012:06:17 14:32:05"));
+    QCOMPARE(distribution(), summed);
+
+    exact->setChecked(true);
+    QCOMPARE(shown(), QStringLiteral("1/15 | \u2248 f/5.6 | -0.7 EV | 2012-06-17 14:32:05"));
+    window->findChild<QAction *>(QStringLiteral("actionCopy"))->trigger();
+    QVERIFY(QGuiApplication::clipboard()->text().contains(QStringLiteral("Exp.Time:\t1/15\n")));
+    TRgbDistribution alone;
+    alone.add(window->rawFile->previewImage());
+    QCOMPARE(distribution(), alone.picture());
+    QVERIFY(alone.picture() != summed);
+    const QString pdf = m_files.filePath(QStringLiteral("exact.pdf"));
+    QVERIFY(writeReportPdf(*window->rawFile, pdf, TValueStyle::Exact));
+    const QString text = simplifiedPdfText(pdf);
+    QVERIFY2(text.contains(QStringLiteral("Exposure Time 0x829A 1/15\n")), qPrintable(text));
+    QVERIFY(text.contains(QStringLiteral("Date: 2012-06-17 14:32:05")));
+
+    // Remembered; off again shows the specified texts and the same summed curves.
+    window = std::make_unique<MainWindow>();
+    exact = window->findChild<QAction *>(QStringLiteral("actionExact_Values"));
+    QVERIFY(exact->isChecked());
+    window->openFile(other);
+    window->openFile(path);
+    exact->setChecked(false);
+    QCOMPARE(shown(), QStringLiteral("n.a sec | 5.0 | -0.7 | 2012:06:17 14:32:05"));
+    QCOMPARE(distribution(), summed);
 }
 
 // Opening the file, writing its report, saving its preview (under the name

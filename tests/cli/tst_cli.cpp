@@ -53,6 +53,7 @@ private Q_SLOTS:
     void exitStatus();
     void rows();
     void json();
+    void exactJson();
     void preflight();
     void sonyMakerNote();
     void folders_data();
@@ -150,6 +151,36 @@ void TestCli::json()
     QCOMPARE(objects[1]["processFile"].toBool(true), false);
     QCOMPARE(objects[1]["Camera"].toString(), QStringLiteral("n.a."));
     QVERIFY(run.err.contains(m_random));
+}
+
+// --exact: the camera's texts, and beside them numbers of JSON's own types;
+// a value the file does not hold is null.
+void TestCli::exactJson()
+{
+    SampleM9 options;
+    options.iso = 0;
+    const QString noIso = m_files.write("L1000002.DNG", sampleM9Dng(options));
+    const Run run = tolvikInfo({"--exact", "--json", m_good, noIso});
+    QCOMPARE(run.status, 0);
+    const QList<QJsonObject> objects = jsonLines(run.out);
+    QCOMPARE(objects.size(), 2);
+    const QJsonObject &o = objects[0];
+    QCOMPARE(o["Exp.Time"].toString(), QStringLiteral("1/250"));
+    QCOMPARE(o["Exp.Correction"].toString(), QStringLiteral("-0.7 EV"));
+    QCOMPARE(o["date_time"].toString(), QStringLiteral("2012-06-17T14:32:05"));
+    QCOMPARE(o["iso"].type(), QJsonValue::Double);
+    QCOMPARE(o["iso"].toDouble(), 160.0);
+    QCOMPARE(o["exposure_time_s"].toDouble(), 0.004);
+    QCOMPARE(o["aperture_estimate"].toDouble(), 5.6);
+    QCOMPARE(o["focal_length_mm"].toDouble(), 50.0);
+    QCOMPARE(o["exposure_correction_ev"].toDouble(), -2.0 / 3.0);
+    QCOMPARE(o["sensor_temperature_c"].toDouble(), 24.0);
+    QCOMPARE(objects[1]["iso"].type(), QJsonValue::Null);
+    QCOMPARE(objects[1]["ISO"].toString(), QStringLiteral("n.a"));
+
+    // Text and CSV carry the texts alone.
+    QVERIFY(tolvikInfo({"--exact", m_good}).out.contains(QStringLiteral("1/250\n")));
+    QVERIFY(!tolvikInfo({"--exact", "--csv", m_good}).out.contains(QStringLiteral("iso")));
 }
 
 // The quick pass: model, IFD1 thumbnail, F-number and focal length (a

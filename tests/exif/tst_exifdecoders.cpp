@@ -79,11 +79,11 @@ Read real(std::initializer_list<double (F::*)() const> decoders)
 }
 
 // The panel's rows, or the value of one of them.
-Read panel(const QString &label = {})
+Read panel(const QString &label = {}, TValueStyle style = TValueStyle::Specified)
 {
     return [=](const F &f) {
         QStringList lines;
-        for (const auto &[rowLabel, value] : panelRows(panelTexts(f))) {
+        for (const auto &[rowLabel, value] : panelRows(panelTexts(f, style))) {
             if (label.isEmpty() || rowLabel == label)
                 lines.append(label.isEmpty() ? rowLabel + ' ' + value : value);
         }
@@ -105,6 +105,8 @@ private slots:
     void decode_data();
     void decode();
     void exiftoolAgrees();
+    void exactTexts_data();
+    void exactTexts();
 
 private:
     TempFiles m_files;
@@ -300,6 +302,15 @@ void TstExifDecoders::decode_data()
     row("panel exposure 1/15 is no nominal time", exposed(1, 15), panel("Exp.Time:"), "n.a sec");
     row("panel temperature below zero", sample([](SampleM9 &o) { o.temperature = -3; }),
         panel("SensorTemperature:"), "-3C");
+    row("exact panel of the sample", sampleM9Dng(), panel({}, TValueStyle::Exact),
+        "Camera: M9 Digital Camera\nSerial: 3912204\nFW: 1.196\nFileName: L1002622.DNG\n"
+        "Date/Time: 2012-06-17 14:32:05\nISO: 160\nExp.Time: 1/250\n"
+        "Appr. Aperture: \u2248 f/5.6\nMetering: Center-weighted average\n"
+        "Exp.Program Av [Aperture-priority]\nExp.Correction -0.7 EV\nFrame Selector: 50/75\n"
+        "Focal Length: 50 mm\nLens: Summilux-M 50mm f/1.4 ASPH.\nMeasuredLV: 12.35\n"
+        "ExternalSensorBrightness: 9.88\nSensorTemperature: 24 \u00b0C\nImageID: 10815");
+    row("exact panel without ISO", sample([](SampleM9 &o) { o.iso = 0; }),
+        panel("ISO:", TValueStyle::Exact), "n.a");
     auto software = sampleIfd0({});
     software->ascii(0x0131, "9.9.9");
     row("panel firmware of the maker note, not Software", tiff(Order::Big, software), panel("FW:"),
@@ -313,6 +324,65 @@ void TstExifDecoders::decode()
     TM9File loaded(m_files.write("L1002622.DNG", file));
     loaded.processFile();
     QTEST(read(loaded), "expected");
+}
+
+// The camera's values as it set them: every speed of the M9's dial and the
+// ones its automatic picks between them, apertures, corrections, dates.
+void TstExifDecoders::exactTexts_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    const auto time = [](const char *name, quint32 num, quint32 den, const char *expected) {
+        QTest::newRow(name) << exactExposureTime({num, den}) << QString::fromUtf8(expected);
+    };
+    time("1/4000", 1, 4000, "1/4000");
+    time("1/250", 1, 250, "1/250");
+    time("1/15 reduced from 10/150", 10, 150, "1/15");
+    time("1/12", 1, 12, "1/12");
+    time("1/4 still a fraction", 1, 4, "1/4");
+    time("1/3 in seconds", 1, 3, "0.3");
+    time("1/2 in seconds", 1, 2, "0.5");
+    time("13/10", 13, 10, "1.3");
+    time("2", 2, 1, "2");
+    time("32", 32, 1, "32");
+    time("240 over 1", 240, 1, "240");
+    time("2/125 not unit", 2, 125, "1/62.5");
+    time("0/1 not stored", 0, 1, "n.a");
+    time("1/0 broken", 1, 0, "n.a");
+
+    const auto aperture = [](const char *name, quint32 num, quint32 den, const char *expected) {
+        QTest::newRow(name) << exactAperture({num, den}) << QString::fromUtf8(expected);
+    };
+    aperture("f/5.6", 56, 10, "\u2248 f/5.6");
+    aperture("f/2.8", 28, 10, "\u2248 f/2.8");
+    aperture("f/1.4 in hundredths", 140, 100, "\u2248 f/1.4");
+    aperture("f/16", 16, 1, "\u2248 f/16.0");
+    aperture("aperture 0/0", 0, 0, "n.a");
+
+    const auto bias = [](const char *name, qint32 num, qint32 den, const char *expected) {
+        QTest::newRow(name) << exactCorrection({num, den}) << QString::fromUtf8(expected);
+    };
+    bias("-2/3", -2, 3, "-0.7 EV");
+    bias("+1", 1, 1, "+1.0 EV");
+    bias("+1/3", 1, 3, "+0.3 EV");
+    bias("-2/3 with the sign below", 2, -3, "-0.7 EV");
+    bias("0/1", 0, 1, "0.0 EV");
+    bias("-1/30 rounds to zero", -1, 30, "0.0 EV");
+    bias("1/0 broken", 1, 0, "n.a");
+
+    QTest::newRow("focal length 50/1") << exactFocalLength({50, 1}) << "50 mm";
+    QTest::newRow("focal length 245/10") << exactFocalLength({245, 10}) << "24.5 mm";
+    QTest::newRow("focal length 0/1") << exactFocalLength({0, 1}) << "n.a";
+    QTest::newRow("temperature -3") << exactTemperature(-3) << QString::fromUtf8("-3 \u00b0C");
+    QTest::newRow("date") << isoDateTime("2012:05:05 19:36:55") << "2012-05-05 19:36:55";
+    QTest::newRow("date unset stays") << isoDateTime("    :  :     ") << "    :  :     ";
+    QTest::newRow("date missing stays") << isoDateTime("n.a.") << "n.a.";
+}
+
+void TstExifDecoders::exactTexts()
+{
+    QFETCH(QString, text);
+    QTEST(text, "expected");
 }
 
 // What exiftool reads from a camera-like file, for the values both name the
