@@ -1,12 +1,12 @@
 // Photographs the real window with a file open: folded, and unfolded with the
 // mouse over the preview so that the readout shows values; then the
-// preferences dialog and the About box, and writes the file's report as a PDF.
-// Used by scripts/screenshots; settings go to a temporary directory.
+// panel in exact values, the preferences dialog and the About box, and writes the file's report as
+// a PDF. Used by scripts/screenshots; settings go to a temporary directory.
 //   tolvik-screenshots FILE.dng OUTDIR
 
+#include "documents/treport.h"
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
-#include "documents/treport.h"
 
 #include <QAction>
 #include <QApplication>
@@ -82,6 +82,11 @@ int main(int argc, char *argv[])
     QApplication::sendEvent(view->viewport(), &move);
     if (!save(window, dir + QStringLiteral("unfolded.png")))
         return 1;
+    QAction *exact = window.findChild<QAction *>(QStringLiteral("actionExact_Values"));
+    exact->setChecked(true);
+    if (!save(window, dir + QStringLiteral("exact.png")))
+        return 1;
+    exact->setChecked(false);
 
     QSettings().setValue(
         QStringLiteral("OtherSettings/programmListe"),
