@@ -7,6 +7,7 @@
 #include "cli/queries.h"
 #include "cli/records.h"
 #include "cli/sonymakernote.h"
+#include "cli/statistics.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
@@ -28,6 +29,7 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
+    "       tolvik-info [--json | --csv] --stats FILE|FOLDER...\n"
     "       tolvik-info [--exact] --report OUT.pdf FILE\n"
     "       tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "\n"
@@ -41,6 +43,8 @@ constexpr char kUsage[] =
     "  --json       one JSON object per file, one line each\n"
     "  --csv        a header row and one row per file (RFC 4180); a rejected file's\n"
     "               row has its path and the reason in the last column, \"error\"\n"
+    "  --stats      count the frames per lens, focal length, aperture, ISO, exposure\n"
+    "               time, program and day, and give the range of sensor temperatures\n"
     "  --exact      the values as the camera wrote them (\"1/15\", \"\u2248 f/5.6\",\n"
     "               \"-0.7 EV\", ISO dates) instead of the panel's roundings; with\n"
     "               --json also as numbers (iso, exposure_time_s, aperture_estimate, ...)\n"
@@ -68,6 +72,7 @@ struct TOptions {
     TRowOptions rows;
     int jobs = 0; // 0: one per core
     bool help = false;
+    bool stats = false; // --stats: counts per category instead of rows
     QString reportPath; // --report: the PDF of one file
     QString sonyOffset; // --sony-makernote: where the Sony directory lies
     QStringList paths;
@@ -99,6 +104,8 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.format = TFormat::Csv;
         } else if (arg == QLatin1String("--all")) {
             options.rows.all = true;
+        } else if (arg == QLatin1String("--stats")) {
+            options.stats = true;
         } else if (arg == QLatin1String("--exact")) {
             options.rows.exact = true;
         } else if (arg == QLatin1String("--preflight")) {
@@ -263,18 +270,40 @@ int main(int argc, char *argv[])
         jobs = 1; // keeps each file's trace lines together
     jobs = std::max(1, std::min({jobs, limits::kMaxJobs, int(files.size())}));
 
-    if (options.format == TFormat::Csv)
-        std::fputs(csvHeader(fileRows(TM9File(), options.rows, false)).constData(), stdout);
     int status = 0;
     TProgress progress(int(files.size()));
+    const auto reportRejected = [&](int i) {
+        progress.clear();
+        std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), kRejected);
+        status = 1;
+    };
+    if (options.stats) {
+        QList<TFrame> frames(files.size());
+        runInOrder<TFrame>(
+            int(files.size()), jobs,
+            [&](int i) {
+                TM9File file(files[i]);
+                const bool accepted = file.processFile();
+                return frameOf(file, accepted);
+            },
+            [&](int i, TFrame &&frame) {
+                if (!frame.accepted)
+                    reportRejected(i);
+                frames[i] = std::move(frame);
+                progress.show(i + 1);
+            });
+        progress.clear();
+        std::fputs(statisticsRecord(options.format, frames).constData(), stdout);
+        return status;
+    }
+
+    if (options.format == TFormat::Csv)
+        std::fputs(csvHeader(fileRows(TM9File(), options.rows, false)).constData(), stdout);
     runInOrder<TFileResult>(
         int(files.size()), jobs, [&](int i) { return readFile(files[i], options); },
         [&](int i, TFileResult &&result) {
-            if (!result.accepted) {
-                progress.clear();
-                std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), kRejected);
-                status = 1;
-            }
+            if (!result.accepted)
+                reportRejected(i);
             progress.beforeOutput();
             std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
             progress.afterOutput();

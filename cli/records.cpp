@@ -76,7 +76,9 @@ QString csvField(const QString &text)
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 
-QByteArray csvRecord(const QStringList &fields)
+} // namespace
+
+QByteArray csvLine(const QStringList &fields)
 {
     QStringList quoted;
     for (const QString &field : fields)
@@ -84,7 +86,13 @@ QByteArray csvRecord(const QStringList &fields)
     return (quoted.join(QLatin1Char(',')) + QLatin1String("\r\n")).toUtf8();
 }
 
-} // namespace
+QByteArray jsonLine(const QList<TRow> &members)
+{
+    QStringList texts;
+    for (const auto &[key, value] : members)
+        texts.append(jsonString(rowKey(key)) + QLatin1Char(':') + jsonValue(value));
+    return (QLatin1Char('{') + texts.join(QLatin1Char(',')) + QStringLiteral("}\n")).toUtf8();
+}
 
 QString rowKey(const QString &caption)
 {
@@ -97,7 +105,7 @@ QByteArray csvHeader(const QList<TRow> &rows)
     for (qsizetype i = 1; i < rows.size(); ++i) // the pass's result is the error column
         names.append(rowKey(rows[i].first));
     names.append(QStringLiteral("error"));
-    return csvRecord(names);
+    return csvLine(names);
 }
 
 QByteArray record(TFormat format, const QString &path, const QList<TRow> &rows, bool accepted,
@@ -112,19 +120,13 @@ QByteArray record(TFormat format, const QString &path, const QList<TRow> &rows, 
             out += QStringLiteral("  %1 %2\n").arg(key, -26).arg(plainValue(value));
         return out.toUtf8();
     }
-    case TFormat::Json: {
-        QStringList members{jsonString(QStringLiteral("file")) + QLatin1Char(':') +
-                            jsonString(path)};
-        for (const auto &[key, value] : rows)
-            members.append(jsonString(rowKey(key)) + QLatin1Char(':') + jsonValue(value));
-        return (QLatin1Char('{') + members.join(QLatin1Char(',')) + QStringLiteral("}\n")).toUtf8();
-    }
+    case TFormat::Json: return jsonLine(QList<TRow>{{QStringLiteral("file"), path}} + rows);
     case TFormat::Csv: {
         QStringList fields{path};
         for (qsizetype i = 1; i < rows.size(); ++i)
             fields.append(accepted ? plainValue(rows[i].second) : QString());
         fields.append(accepted ? QString() : error);
-        return csvRecord(fields);
+        return csvLine(fields);
     }
     }
     return QByteArray();

@@ -18,6 +18,10 @@ enum class TFormat { Text, Json, Csv };
 // The row's key as JSON and CSV name it: captions lose their colon.
 QString rowKey(const QString &caption);
 
+// One CSV record (RFC 4180) and one JSON object on a line of its own.
+QByteArray csvLine(const QStringList &fields);
+QByteArray jsonLine(const QList<TRow> &members);
+
 // The CSV header: "file", the keys of rows, "error".
 QByteArray csvHeader(const QList<TRow> &rows);
 

@@ -3,6 +3,7 @@
 #include "rawfile/tm9file.h"
 
 #include <QLocale>
+#include <QStringList>
 
 #include <cmath>
 #include <limits>
@@ -177,6 +178,13 @@ TPanelTexts panelTexts(const TM9File &file, TValueStyle style)
         t.sensorTemperature = exactTemperature(leica.cameraTemperature);
     }
     return t;
+}
+
+QString frameSummary(const TPanelTexts &exact)
+{
+    return QStringList{exact.lens, exact.apprAperture, exact.expTime,
+                       QStringLiteral("ISO ") + exact.iso, exact.expCorrection}
+        .join(QStringLiteral(" \u00b7 "));
 }
 
 QList<std::pair<QString, QString>> panelRows(const TPanelTexts &t)

@@ -67,6 +67,10 @@ QList<std::pair<QString, QString>> panelRows(const TPanelTexts &texts);
 // spreadsheet as two columns.
 QString panelRowsTabbed(const TPanelTexts &texts);
 
+// One line of a frame's exact texts, for the contact sheet and the card
+// window's tooltips: "Summilux-M 50mm f/1.4 ASPH. · ≈ f/2.0 · 1/125 · ISO 160 · -0.7 EV".
+QString frameSummary(const TPanelTexts &exact);
+
 // Pieces the printed report shares with the panel.
 QString approximateApertureText(const TLeicaValues &leica);
 QString twoDecimals(double value);

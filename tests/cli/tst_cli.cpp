@@ -54,6 +54,7 @@ private Q_SLOTS:
     void rows();
     void json();
     void exactJson();
+    void stats();
     void preflight();
     void sonyMakerNote();
     void folders_data();
@@ -181,6 +182,21 @@ void TestCli::exactJson()
     // Text and CSV carry the texts alone.
     QVERIFY(tolvikInfo({"--exact", m_good}).out.contains(QStringLiteral("1/250\n")));
     QVERIFY(!tolvikInfo({"--exact", "--csv", m_good}).out.contains(QStringLiteral("iso")));
+}
+
+// --stats counts the accepted files of a card; the rejected one is reported.
+void TestCli::stats()
+{
+    const Run run = tolvikInfo({"--stats", "--csv", m_good, m_other, m_good});
+    QCOMPARE(run.status, 1);
+    QVERIFY(run.err.contains(m_other));
+    const QStringList lines = run.out.split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
+    QCOMPARE(lines.value(0), QStringLiteral("category,value,frames"));
+    for (const char *line : {"Lens,Summilux-M 50mm f/1.4 ASPH.,2", "Exposure time,1/250,2",
+                             "Day,2012-06-17,2", "Aperture (camera's estimate),\u2248 f/5.6,2",
+                             "Sensor temperature,24 \u00b0C \u2013 24 \u00b0C,2"})
+        QVERIFY2(lines.contains(QString::fromUtf8(line)), line);
+    QCOMPARE(lines.size(), 9);
 }
 
 // The quick pass: model, IFD1 thumbnail, F-number and focal length (a

@@ -1,0 +1,53 @@
+#ifndef STATISTICS_H
+#define STATISTICS_H
+
+// What a card holds: its frames counted per lens, focal length, aperture,
+// ISO, exposure time, program and day, on the exact values, for
+// tolvik-info --stats and the card window's charts. Qt Core only.
+
+#include "cli/records.h"
+#include "exif/paneltexts.h"
+
+class TM9File;
+
+enum class TCategory { Lens, FocalLength, Aperture, Iso, ExposureTime, Program, Day };
+inline constexpr TCategory kCategories[] = {
+    TCategory::Lens,         TCategory::FocalLength, TCategory::Aperture, TCategory::Iso,
+    TCategory::ExposureTime, TCategory::Program,     TCategory::Day,
+};
+
+QString categoryName(TCategory category); // "Lens", "Focal length", ...
+
+// One file of the card as the statistics see it.
+struct TFrame {
+    bool accepted = false;
+    TPanelTexts texts; // exact
+    TPanelNumbers numbers;
+};
+TFrame frameOf(const TM9File &file, bool accepted);
+
+// The frame's value in a category: the text counted, shown and filtered on.
+QString categoryText(const TFrame &frame, TCategory category);
+
+struct TCount {
+    QString value;
+    int frames = 0;
+};
+
+// The accepted frames per value of the category, in the values' natural
+// order (by number, date or name); frames without a value last, as "n.a".
+QList<TCount> countPer(TCategory category, const QList<TFrame> &frames);
+
+struct TTemperatureRange {
+    int frames = 0; // accepted frames
+    double lowest = 0;
+    double highest = 0;
+};
+TTemperatureRange temperatureRange(const QList<TFrame> &frames);
+QString temperatureRangeText(const TTemperatureRange &range); // "12 °C – 31 °C"
+
+// Every category's counts and the temperature range as tolvik-info --stats
+// prints them: aligned text, or rows "category,value,frames" as CSV or JSON.
+QByteArray statisticsRecord(TFormat format, const QList<TFrame> &frames);
+
+#endif // STATISTICS_H
