@@ -8,6 +8,7 @@
 #include "cli/records.h"
 #include "cli/sonymakernote.h"
 #include "cli/statistics.h"
+#include "documents/tcontactsheet.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
@@ -31,6 +32,7 @@ constexpr char kUsage[] =
     "usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
     "       tolvik-info [--json | --csv] --stats FILE|FOLDER...\n"
     "       tolvik-info [--exact] --report OUT.pdf FILE\n"
+    "       tolvik-info --contact-sheet OUT.pdf FILE|FOLDER...\n"
     "       tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
@@ -54,6 +56,8 @@ constexpr char kUsage[] =
     "  -j N         read N files at a time (default: one per processor core);\n"
     "               the output is the same for every N\n"
     "  --report OUT.pdf  write the one-page report of FILE, as the window prints it\n"
+    "  --contact-sheet OUT.pdf  write a contact sheet of the files: 20 previews a\n"
+    "               page, each with its name and exact values\n"
     "  --sony-makernote OFFSET\n"
     "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
     "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
@@ -72,9 +76,10 @@ struct TOptions {
     TRowOptions rows;
     int jobs = 0; // 0: one per core
     bool help = false;
-    bool stats = false; // --stats: counts per category instead of rows
-    QString reportPath; // --report: the PDF of one file
-    QString sonyOffset; // --sony-makernote: where the Sony directory lies
+    bool stats = false;       // --stats: counts per category instead of rows
+    QString reportPath;       // --report: the PDF of one file
+    QString contactSheetPath; // --contact-sheet: the PDF of every file
+    QString sonyOffset;       // --sony-makernote: where the Sony directory lies
     QStringList paths;
 };
 
@@ -114,6 +119,10 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.reportPath = value(arg.size());
             if (options.reportPath.isEmpty())
                 return QStringLiteral("--report needs the path of the PDF");
+        } else if (arg == QLatin1String("--contact-sheet")) {
+            options.contactSheetPath = value(arg.size());
+            if (options.contactSheetPath.isEmpty())
+                return QStringLiteral("--contact-sheet needs the path of the PDF");
         } else if (arg == QLatin1String("--sony-makernote")) {
             options.sonyOffset = value(arg.size());
             if (options.sonyOffset.isEmpty())
@@ -134,6 +143,14 @@ QString parseArguments(const QStringList &args, TOptions &options)
         options.paths.size() != 1)
         return QStringLiteral("--report and --sony-makernote take one file");
     return QString();
+}
+
+// What a contact sheet names in its header: the folder given, or the one the
+// first file lies in.
+QString sheetFolder(const QStringList &paths)
+{
+    const QFileInfo first(paths.first());
+    return first.isDir() ? first.absoluteFilePath() : first.absolutePath();
 }
 
 // Folders become the DNG files below them; files stay as named.
@@ -240,7 +257,7 @@ int main(int argc, char *argv[])
 
     // Only the report draws (fonts, pictures, PDF): it needs a GUI application,
     // not a display. Reading and printing values needs neither.
-    const bool drawing = !options.reportPath.isEmpty();
+    const bool drawing = !options.reportPath.isEmpty() || !options.contactSheetPath.isEmpty();
     if (drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> app = drawing
@@ -277,6 +294,30 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), kRejected);
         status = 1;
     };
+    if (!options.contactSheetPath.isEmpty()) {
+        QList<TSheetFrame> frames(files.size());
+        runInOrder<TSheetFrame>(
+            int(files.size()), jobs,
+            [&](int i) {
+                TM9File file(files[i]);
+                const bool accepted = file.processFile();
+                return sheetFrameOf(files[i], file, accepted, QString::fromLatin1(kRejected));
+            },
+            [&](int i, TSheetFrame &&frame) {
+                if (!frame.accepted)
+                    reportRejected(i);
+                frames[i] = std::move(frame);
+                progress.show(i + 1);
+            });
+        progress.clear();
+        if (!writeContactSheetPdf(TContactSheet(sheetFolder(options.paths), frames),
+                                  options.contactSheetPath)) {
+            std::fprintf(stderr, "tolvik-info: cannot write %s\n",
+                         qPrintable(options.contactSheetPath));
+            return 1;
+        }
+        return status;
+    }
     if (options.stats) {
         QList<TFrame> frames(files.size());
         runInOrder<TFrame>(

@@ -1,6 +1,8 @@
 #include "documents/treport.h"
 
+#include "documents/pageframe.h"
 #include "documents/rgbdistribution.h"
+#include "documents/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/limits.h"
 #include "rawfile/tm9file.h"
@@ -15,7 +17,6 @@
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextTable>
-#include <QTransform>
 #include <QUrl>
 
 Q_GUI_EXPORT int qt_defaultDpiY(); // Qt Gui's resolution of document lengths
@@ -23,43 +24,20 @@ Q_GUI_EXPORT int qt_defaultDpiY(); // Qt Gui's resolution of document lengths
 namespace {
 
 // Page geometry in millimetres.
-constexpr double kMargin = 15.0;
-constexpr double kHeaderHeight = 10.0; // text line, rule, gap
-constexpr double kFooterHeight = 9.0;  // gap, rule, text line
 constexpr double kCellPadding = 0.7;
 constexpr double kPreviewWidth = 80.0;
 constexpr double kPreviewHeight = 60.0;
 constexpr double kDistributionWidth = 80.0;
 
-constexpr double kHeaderPoints = 11.0;
-constexpr double kFooterPoints = 8.0;
 constexpr double kBodyPoints = 10.0;
 
 const QColor kShade(QStringLiteral("#DADADA"));
-
-// Device pixels per millimetre.
-double pixelsPerMm(const QPaintDevice *device)
-{
-    return device->logicalDpiY() / 25.4;
-}
 
 // Lengths in a document's formats (images, table columns, padding) count in
 // pixels of the screen's resolution; the layout scales them to the device.
 double formatPixelsPerMm()
 {
     return qt_defaultDpiY() / 25.4;
-}
-
-QImage turnedByOrientation(const QImage &image, int orientation)
-{
-    int degrees = 0;
-    if (orientation == 8)
-        degrees = 270;
-    else if (orientation == 6)
-        degrees = 90;
-    if (degrees == 0)
-        return image;
-    return image.transformed(QTransform().rotate(degrees), Qt::FastTransformation);
 }
 
 // Puts an image into the document at a size in device pixels.
@@ -189,32 +167,6 @@ void insertDetailsTable(QTextCursor &cursor, const QList<TReportRow> &rows, doub
     }
 }
 
-void paintHeader(QPainter &painter, double width, double mm)
-{
-    QFont font = painter.font();
-    font.setPointSizeF(kHeaderPoints);
-    painter.setFont(font);
-    const double line = painter.fontMetrics().height();
-    painter.drawText(QRectF(0, 0, width, line), Qt::AlignCenter, reportHeaderText());
-    const double rule = line + 1.5 * mm;
-    painter.drawLine(QPointF(0, rule), QPointF(width, rule));
-}
-
-void paintFooter(QPainter &painter, double top, double width, double mm, int page, int pages)
-{
-    const double rule = top + 2 * mm;
-    painter.drawLine(QPointF(0, rule), QPointF(width, rule));
-    QFont font = painter.font();
-    font.setPointSizeF(kFooterPoints);
-    painter.setFont(font);
-    const QString text = QStringLiteral("Seite %1 / %2 | %3")
-                             .arg(page)
-                             .arg(pages)
-                             .arg(QDate::currentDate().toString(Qt::TextDate));
-    painter.drawText(QRectF(0, rule + 1.5 * mm, width, painter.fontMetrics().height()),
-                     Qt::AlignHCenter | Qt::AlignTop, text);
-}
-
 } // namespace
 
 QString reportHeaderText()
@@ -264,8 +216,7 @@ QList<TReportRow> reportRows(const TM9File &file, TValueStyle style)
 TReport::TReport(TM9File &file, const QImage &rgbDistribution, TValueStyle style)
     : m_file(file), m_rgbDistribution(rgbDistribution), m_style(style)
 {
-    if (const QPixmap *preview = file.previewImage())
-        m_preview = turnedByOrientation(preview->toImage(), file.exif().orientation);
+    m_preview = uprightPreview(file);
 }
 
 std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) const
@@ -276,8 +227,7 @@ std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) cons
     QFont font = doc->defaultFont();
     font.setPointSizeF(kBodyPoints);
     doc->setDefaultFont(font);
-    doc->setPageSize(QSizeF(device->width(), device->height() - (kHeaderHeight + kFooterHeight) *
-                                                                    pixelsPerMm(device)));
+    doc->setPageSize(TPageFrame(device).body.size());
     const double mm = formatPixelsPerMm();
 
     QTextCursor cursor(doc.get());
@@ -289,36 +239,25 @@ std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) cons
 int TReport::print(QPagedPaintDevice *device) const
 {
     const std::unique_ptr<QTextDocument> doc = document(device);
-    const double mm = pixelsPerMm(device);
-    const double width = device->width();
-    const double bodyHeight = doc->pageSize().height();
-    const double bodyTop = kHeaderHeight * mm;
+    const TPageFrame frame(device);
     const int pages = doc->pageCount();
 
     QPainter painter(device);
     if (!painter.isActive())
         return 0;
-    QPen pen = painter.pen();
-    pen.setWidthF(0.25 * mm);
-    painter.setPen(pen);
     for (int page = 0; page < pages; ++page) {
         if (page > 0)
             device->newPage();
-        paintHeader(painter, width, mm);
+        frame.paintHeader(painter, reportHeaderText());
         painter.save();
-        const QRectF shown(0, page * bodyHeight, width, bodyHeight);
-        painter.translate(0, bodyTop - shown.top());
+        const QRectF shown(0, page * frame.body.height(), frame.body.width(), frame.body.height());
+        painter.translate(0, frame.body.top() - shown.top());
         painter.setClipRect(shown);
         doc->drawContents(&painter, shown);
         painter.restore();
-        paintFooter(painter, bodyTop + bodyHeight, width, mm, page + 1, pages);
+        frame.paintFooter(painter, page + 1, pages);
     }
     return pages;
-}
-
-void setReportMargins(QPagedPaintDevice *device)
-{
-    device->setPageMargins(QMarginsF(kMargin, kMargin, kMargin, kMargin), QPageLayout::Millimeter);
 }
 
 bool writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style)

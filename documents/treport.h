@@ -7,6 +7,7 @@
 // today's date. Needs Qt Gui only, so that tolvik-info writes the same report
 // as the window prints.
 
+#include "documents/pageframe.h"
 #include "exif/paneltexts.h"
 
 #include <QImage>
@@ -58,9 +59,6 @@ private:
     QImage m_rgbDistribution;
     TValueStyle m_style;
 };
-
-// The margins the report is laid out with, on paper or in a PDF.
-void setReportMargins(QPagedPaintDevice *device);
 
 // Writes the report of a processed file to a PDF, with the RGB distribution of
 // its preview alone. False when the file has no preview or the PDF cannot be

@@ -5,6 +5,7 @@
 #include "tests/support/samplem9.h"
 #include "tests/support/sonybuilder.h"
 
+#include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -55,6 +56,7 @@ private Q_SLOTS:
     void json();
     void exactJson();
     void stats();
+    void contactSheet();
     void preflight();
     void sonyMakerNote();
     void folders_data();
@@ -197,6 +199,43 @@ void TestCli::stats()
                              "Sensor temperature,24 \u00b0C \u2013 24 \u00b0C,2"})
         QVERIFY2(lines.contains(QString::fromUtf8(line)), line);
     QCOMPARE(lines.size(), 9);
+}
+
+// A folder of 21 frames and a rejected file: two pages of twenty, the header
+// naming the folder, the frames and their day; the first frame, taken
+// upright (orientation 6), placed upright.
+void TestCli::contactSheet()
+{
+    TempFiles card;
+    QVERIFY(QDir().mkpath(card.path("card")));
+    SampleM9 options;
+    options.orientation = 6;
+    for (int i = 0; i < 21; ++i) {
+        card.write(QStringLiteral("card/L10000%1.DNG").arg(i, 2, 10, QLatin1Char('0')),
+                   sampleM9Dng(options));
+        options.orientation = 1;
+    }
+    card.write("card/L1009999.DNG", QByteArray(500, '\x42'));
+    const QString pdf = card.path("sheet.pdf");
+    const Run run = tolvikInfo({"--contact-sheet", pdf, card.path("card")});
+    QCOMPARE(run.status, 1);
+    QProcess text;
+    text.start("pdftotext", {"-layout", pdf, "-"});
+    QVERIFY(text.waitForFinished());
+    const QString pages = QString::fromUtf8(text.readAllStandardOutput());
+    for (const char *line :
+         {"card \u00b7 22 frames \u00b7 2012-06-17", "Seite 1 / 2", "Seite 2 / 2", "L1000000.DNG",
+          "\u2248 f/5.6 \u00b7 1/250 \u00b7 ISO 160 \u00b7 -0.7 EV", "L1009999.DNG"})
+        QVERIFY2(pages.contains(QString::fromUtf8(line)), line);
+    QProcess images;
+    images.start("pdfimages", {"-list", pdf});
+    QVERIFY(images.waitForFinished());
+    const QStringList first = QString::fromUtf8(images.readAllStandardOutput())
+                                  .split(QLatin1Char('\n'))
+                                  .value(2)
+                                  .simplified()
+                                  .split(QLatin1Char(' '));
+    QVERIFY2(first.value(4).toInt() > first.value(3).toInt(), qPrintable(first.join(' ')));
 }
 
 // The quick pass: model, IFD1 thumbnail, F-number and focal length (a

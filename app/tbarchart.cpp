@@ -1,0 +1,161 @@
+#include "tbarchart.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kMargin = 6;
+constexpr int kGap = 6;           // between the value labels and the bars
+constexpr int kBarSpacing = 3;    // between two bars
+constexpr int kAxisTicks = 4;     // steps along the frames axis, at most
+constexpr int kMaxLabelShare = 2; // the labels take at most 1/2 of the width
+
+// A step of 1, 2 or 5 times a power of ten, so the ticks fall on round numbers.
+int tickStep(int largest)
+{
+    int step = 1;
+    while (largest / step > kAxisTicks) {
+        if (largest / (step * 2) <= kAxisTicks)
+            return step * 2;
+        if (largest / (step * 5) <= kAxisTicks)
+            return step * 5;
+        step *= 10;
+    }
+    return step;
+}
+
+} // namespace
+
+TBarChart::TBarChart(TCategory category, QWidget *parent) : QWidget(parent), m_category(category)
+{
+    setMouseTracking(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setToolTip(tr("Click a bar to show only its frames"));
+}
+
+void TBarChart::setCounts(const QList<TCount> &counts)
+{
+    m_counts = counts;
+    updateGeometry();
+    update();
+}
+
+void TBarChart::setChosen(const QString &value)
+{
+    m_chosen = value;
+    update();
+}
+
+int TBarChart::labelWidth() const
+{
+    int widest = 0;
+    for (const TCount &count : m_counts)
+        widest = std::max(widest, fontMetrics().horizontalAdvance(count.value));
+    return std::min(widest, width() / kMaxLabelShare);
+}
+
+QRect TBarChart::barArea() const
+{
+    const int line = fontMetrics().height();
+    const int left = kMargin + labelWidth() + kGap;
+    const int top = kMargin + line + kGap;                   // below the title
+    const int bottom = height() - kMargin - 2 * line - kGap; // above the axis and its caption
+    return QRect(left, top, std::max(1, width() - left - kMargin), std::max(1, bottom - top));
+}
+
+QSize TBarChart::sizeHint() const
+{
+    const int line = fontMetrics().height();
+    const int bars = int(std::max<qsizetype>(1, m_counts.size()));
+    return QSize(360, 2 * kMargin + 3 * line + 2 * kGap + bars * (line + kBarSpacing));
+}
+
+QSize TBarChart::minimumSizeHint() const
+{
+    return QSize(200, sizeHint().height());
+}
+
+int TBarChart::barAt(QPoint position) const
+{
+    const QRect area = barArea();
+    if (m_counts.isEmpty() || position.y() < area.top() || position.y() >= area.bottom() ||
+        position.x() < kMargin || position.x() > area.right())
+        return -1;
+    const int index = int((position.y() - area.top()) * m_counts.size() / area.height());
+    return index < m_counts.size() ? index : -1;
+}
+
+void TBarChart::mousePressEvent(QMouseEvent *event)
+{
+    const int bar = barAt(event->position().toPoint());
+    if (event->button() == Qt::LeftButton && bar >= 0)
+        emit barClicked(m_category, m_counts[bar].value);
+}
+
+void TBarChart::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    const QPalette &colours = palette();
+    const QFontMetrics metrics = fontMetrics();
+    const int line = metrics.height();
+
+    QFont titleFont = font();
+    titleFont.setBold(true);
+    painter.setFont(titleFont);
+    painter.setPen(colours.color(QPalette::WindowText));
+    painter.drawText(QRect(kMargin, kMargin, width() - 2 * kMargin, line),
+                     Qt::AlignLeft | Qt::AlignVCenter, categoryName(m_category));
+    painter.setFont(font());
+
+    const QRect area = barArea();
+    int largest = 1;
+    for (const TCount &count : m_counts)
+        largest = std::max(largest, count.frames);
+    const int step = tickStep(largest);
+    const int axisEnd = (largest + step - 1) / step * step;
+    const double slot = m_counts.isEmpty() ? 0 : double(area.height()) / m_counts.size();
+
+    for (int i = 0; i < m_counts.size(); ++i) {
+        const TCount &count = m_counts[i];
+        const int top = area.top() + int(i * slot);
+        const int height = std::max(1, int(slot) - kBarSpacing);
+        const QRect label(kMargin, top, area.left() - kGap - kMargin, height);
+        painter.setPen(colours.color(QPalette::WindowText));
+        painter.drawText(label, Qt::AlignRight | Qt::AlignVCenter,
+                         metrics.elidedText(count.value, Qt::ElideMiddle, label.width()));
+
+        const int length = std::max(1, area.width() * count.frames / axisEnd);
+        const QRect bar(area.left(), top, length, height);
+        const bool chosen = count.value == m_chosen;
+        painter.fillRect(bar, colours.color(chosen ? QPalette::Link : QPalette::Highlight));
+        // The count inside the bar where it fits, else just after it.
+        const QString frames = QString::number(count.frames);
+        const int textWidth = metrics.horizontalAdvance(frames) + 2 * kBarSpacing;
+        const bool inside = textWidth <= length;
+        painter.setPen(colours.color(inside ? QPalette::HighlightedText : QPalette::WindowText));
+        painter.drawText(inside ? bar.adjusted(0, 0, -kBarSpacing, 0)
+                                : QRect(bar.right() + kBarSpacing, top, textWidth, height),
+                         (inside ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter, frames);
+    }
+
+    // The frames axis: a rule with round ticks and its caption.
+    const int axisY = area.bottom() + kGap / 2;
+    painter.setPen(colours.color(QPalette::Mid));
+    painter.drawLine(area.left(), axisY, area.right(), axisY);
+    painter.drawLine(area.left(), area.top(), area.left(), axisY);
+    painter.setPen(colours.color(QPalette::WindowText));
+    for (int value = 0; value <= axisEnd; value += step) {
+        const int x = area.left() + area.width() * value / axisEnd;
+        painter.drawLine(x, axisY, x, axisY + 3);
+        const QString text = QString::number(value);
+        const int w = metrics.horizontalAdvance(text);
+        painter.drawText(QRect(std::min(x - w / 2, width() - kMargin - w), axisY + 3, w, line),
+                         Qt::AlignCenter, text);
+    }
+    painter.drawText(QRect(area.left(), axisY + 3 + line, area.width(), line),
+                     Qt::AlignHCenter | Qt::AlignVCenter, tr("frames"));
+}

@@ -1,0 +1,207 @@
+#include "documents/tcontactsheet.h"
+
+#include "documents/pageframe.h"
+#include "documents/upright.h"
+#include "exif/paneltexts.h"
+#include "rawfile/tm9file.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+
+#include <algorithm>
+
+namespace {
+
+// The grid of a page, A4 upright.
+constexpr int kColumns = 4;
+constexpr int kRows = 5;
+
+// Millimetres within a cell.
+constexpr double kCellPadding = 2.0;
+constexpr double kTextGap = 1.0;
+
+constexpr double kNamePoints = 7.5;
+constexpr double kSummaryPoints = 6.0;
+
+// Pictures are scaled to this resolution before they are placed: sharp on
+// paper, and a page of twenty stays small.
+constexpr double kPictureDotsPerMm = 150.0 / 25.4;
+
+// The preview of one frame, upright and scaled to fit box (millimetres);
+// null when the file cannot give one any more.
+QImage framePicture(const TSheetFrame &frame, QSizeF box)
+{
+    if (!frame.accepted)
+        return QImage();
+    TM9File file(frame.path);
+    if (!file.processFile())
+        return QImage();
+    const QImage upright = turnedByOrientation(file.previewPicture(), file.exif().orientation);
+    if (upright.isNull())
+        return upright;
+    const QSize fit = (box * kPictureDotsPerMm).toSize();
+    return upright.scaled(fit.boundedTo(upright.size()), Qt::KeepAspectRatio,
+                          Qt::SmoothTransformation);
+}
+
+void setPoints(QPainter &painter, double points, bool bold = false)
+{
+    QFont font = painter.font();
+    font.setPointSizeF(points);
+    font.setBold(bold);
+    painter.setFont(font);
+}
+
+// The summary's parts ("≈ f/2.0", "1/125", ...) kept whole, as many to a
+// line as fit.
+QStringList summaryLines(const QString &summary, const QFontMetrics &metrics, double width)
+{
+    const QString separator = QStringLiteral(" \u00b7 ");
+    QStringList lines;
+    QString line;
+    for (const QString &part : summary.split(separator)) {
+        const QString longer = line.isEmpty() ? part : line + separator + part;
+        if (line.isEmpty() || metrics.horizontalAdvance(longer) <= width) {
+            line = longer;
+        } else {
+            lines.append(line);
+            line = part;
+        }
+    }
+    lines.append(line);
+    return lines;
+}
+
+// One frame in its cell: the picture centred in the upper part, the name and
+// the summary under it.
+void paintCell(QPainter &painter, const TSheetFrame &frame, const QRectF &cell, double mm)
+{
+    const QRectF inner =
+        cell.adjusted(kCellPadding * mm, kCellPadding * mm, -kCellPadding * mm, -kCellPadding * mm);
+    setPoints(painter, kNamePoints, true);
+    const double nameLine = painter.fontMetrics().height();
+    setPoints(painter, kSummaryPoints);
+    const double summaryLine = painter.fontMetrics().height();
+    const double textHeight = nameLine + 2 * summaryLine + kTextGap * mm;
+    const QRectF box(inner.topLeft(), QSizeF(inner.width(), inner.height() - textHeight));
+
+    const QImage picture = framePicture(frame, box.size() / mm);
+    if (!picture.isNull()) {
+        QSizeF shown = QSizeF(picture.size()).scaled(box.size(), Qt::KeepAspectRatio);
+        const QRectF target(box.center() - QPointF(shown.width(), shown.height()) / 2, shown);
+        painter.drawImage(target, picture);
+    } else {
+        painter.save();
+        painter.setPen(QPen(Qt::gray, 0.2 * mm, Qt::DashLine));
+        painter.drawRect(box.adjusted(mm, mm, -mm, -mm));
+        painter.restore();
+    }
+
+    const QRectF name(inner.left(), box.bottom() + kTextGap * mm, inner.width(), nameLine);
+    setPoints(painter, kNamePoints, true);
+    painter.drawText(name, Qt::AlignLeft | Qt::AlignTop,
+                     painter.fontMetrics().elidedText(QFileInfo(frame.path).fileName(),
+                                                      Qt::ElideMiddle, int(name.width())));
+    setPoints(painter, kSummaryPoints);
+    const QRectF summary(inner.left(), name.bottom(), inner.width(), 2 * summaryLine);
+    painter.save();
+    if (!frame.accepted) {
+        painter.setPen(Qt::darkRed);
+        painter.drawText(summary, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, frame.summary);
+    } else {
+        const QStringList lines =
+            summaryLines(frame.summary, painter.fontMetrics(), summary.width());
+        for (qsizetype i = 0; i < std::min<qsizetype>(2, lines.size()); ++i)
+            painter.drawText(
+                summary.translated(0, double(i) * summaryLine), Qt::AlignLeft | Qt::AlignTop,
+                painter.fontMetrics().elidedText(lines[i], Qt::ElideRight, int(summary.width())));
+    }
+    painter.restore();
+}
+
+} // namespace
+
+TSheetFrame sheetFrameOf(const QString &path, const TM9File &file, bool accepted,
+                         const QString &rejection)
+{
+    if (!accepted)
+        return {path, rejection, QDateTime(), false};
+    return {path, frameSummary(panelTexts(file, TValueStyle::Exact)), panelNumbers(file).taken,
+            true};
+}
+
+TContactSheet::TContactSheet(const QString &folder, const QList<TSheetFrame> &frames)
+    : m_folder(folder), m_frames(frames)
+{
+}
+
+QString TContactSheet::headerText() const
+{
+    QDate first;
+    QDate last;
+    for (const TSheetFrame &frame : m_frames) {
+        if (!frame.taken.isValid())
+            continue;
+        const QDate day = frame.taken.date();
+        first = first.isValid() ? std::min(first, day) : day;
+        last = last.isValid() ? std::max(last, day) : day;
+    }
+    QString text = QFileInfo(m_folder).fileName();
+    if (text.isEmpty())
+        text = m_folder;
+    text += QStringLiteral(" \u00b7 %1 frames").arg(m_frames.size());
+    if (first.isValid()) {
+        text += QStringLiteral(" \u00b7 ") + first.toString(Qt::ISODate);
+        if (last != first)
+            text += QStringLiteral(" \u2013 ") + last.toString(Qt::ISODate);
+    }
+    return text;
+}
+
+int TContactSheet::framesPerPage()
+{
+    return kColumns * kRows;
+}
+
+int TContactSheet::pageCount() const
+{
+    return std::max<int>(1, int((m_frames.size() + framesPerPage() - 1) / framesPerPage()));
+}
+
+int TContactSheet::print(QPagedPaintDevice *device) const
+{
+    QPainter painter(device);
+    if (!painter.isActive())
+        return 0;
+    const TPageFrame page(device);
+    const int pages = pageCount();
+    const QSizeF cell(page.body.width() / kColumns, page.body.height() / kRows);
+    for (int p = 0; p < pages; ++p) {
+        if (p > 0)
+            device->newPage();
+        page.paintHeader(painter, headerText());
+        page.paintFooter(painter, p + 1, pages);
+        for (int i = 0; i < framesPerPage(); ++i) {
+            const qsizetype index = qsizetype(p) * framesPerPage() + i;
+            if (index >= m_frames.size())
+                break;
+            const QPointF at(page.body.left() + (i % kColumns) * cell.width(),
+                             page.body.top() + (i / kColumns) * cell.height());
+            paintCell(painter, m_frames[index], QRectF(at, cell), page.mm);
+        }
+    }
+    return pages;
+}
+
+bool writeContactSheetPdf(const TContactSheet &sheet, const QString &pdfPath)
+{
+    QPdfWriter writer(pdfPath);
+    writer.setPageSize(QPageSize(QPageSize::A4));
+    setReportMargins(&writer);
+    writer.setTitle(sheet.headerText());
+    writer.setCreator(QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion());
+    return sheet.print(&writer) > 0;
+}

@@ -1,0 +1,47 @@
+#ifndef TCONTACTSHEET_H
+#define TCONTACTSHEET_H
+
+// A contact sheet of a card: a grid of the frames' previews, turned upright,
+// each with its file name and a summary line of its exact values. The header
+// names the folder, the number of frames and the days they span; the footer
+// reads "Seite n / N" and the date, as the report's does. Pages are painted
+// one at a time and each picture is read when its page is painted, so memory
+// does not grow with the number of frames.
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+
+class QPagedPaintDevice;
+class TM9File;
+
+struct TSheetFrame {
+    QString path;    // read again for the picture when its page is painted
+    QString summary; // frameSummary(), or the reason the file is not accepted
+    QDateTime taken; // invalid when the file holds no date
+    bool accepted = false;
+};
+TSheetFrame sheetFrameOf(const QString &path, const TM9File &file, bool accepted,
+                         const QString &rejection);
+
+class TContactSheet {
+public:
+    TContactSheet(const QString &folder, const QList<TSheetFrame> &frames);
+
+    // "L-Card · 24 frames · 2012-06-16 – 2012-06-18"
+    QString headerText() const;
+    static int framesPerPage();
+    int pageCount() const;
+
+    // Paints every page on the device; returns the number of pages.
+    int print(QPagedPaintDevice *device) const;
+
+private:
+    QString m_folder;
+    QList<TSheetFrame> m_frames;
+};
+
+// Writes the sheet as an A4 PDF; false when it cannot be written.
+bool writeContactSheetPdf(const TContactSheet &sheet, const QString &pdfPath);
+
+#endif // TCONTACTSHEET_H
