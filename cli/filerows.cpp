@@ -71,3 +71,12 @@ QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accep
     }
     return rows;
 }
+
+QString rejectionText(const TM9File &file)
+{
+    QString text = QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!");
+    const QString model = file.exif().model.trimmed();
+    if (!model.isEmpty() && !file.isValidModel())
+        text += QStringLiteral(" (Model: %1)").arg(model);
+    return text;
+}

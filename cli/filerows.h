@@ -20,4 +20,9 @@ struct TRowOptions {
 // call it. The first row is the pass's result.
 QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted);
 
+// Why a file after its pass is not accepted: "Fehler bei der Verarbeitung.
+// Keine native DNG-Datei!", followed by the camera model found when the file
+// names another camera. tolvik-info and the card window say it alike.
+QString rejectionText(const TM9File &file);
+
 #endif // FILEROWS_H

@@ -66,8 +66,6 @@ constexpr char kUsage[] =
     "A file that is not accepted is reported on stderr and the next file follows.\n"
     "Exit status: 0 all files accepted, 1 a file was rejected, 2 usage error.\n";
 
-const char kRejected[] = "Fehler bei der Verarbeitung. Keine native DNG-Datei!";
-
 // A progress line appears only for runs long enough to be watched.
 constexpr int kProgressFromFiles = 101;
 
@@ -169,15 +167,16 @@ QStringList filesToRead(const QStringList &paths)
 struct TFileResult {
     QByteArray out;
     bool accepted = false;
+    QString error; // why the file is not accepted
 };
 
 TFileResult readFile(const QString &path, const TOptions &options)
 {
     TM9File file(path);
     const bool accepted = options.rows.preflight ? file.processFilePreflight() : file.processFile();
-    return {record(options.format, path, fileRows(file, options.rows, accepted), accepted,
-                   QString::fromLatin1(kRejected)),
-            accepted};
+    const QString error = accepted ? QString() : rejectionText(file);
+    return {record(options.format, path, fileRows(file, options.rows, accepted), accepted, error),
+            accepted, error};
 }
 
 // "312/1000 files" on a terminal, rewritten in place and cleared at the end.
@@ -222,7 +221,7 @@ int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
 {
     TM9File file(path);
     if (!file.processFile()) {
-        std::fprintf(stderr, "%s: %s\n", qPrintable(path), kRejected);
+        std::fprintf(stderr, "%s: %s\n", qPrintable(path), qPrintable(rejectionText(file)));
         return 1;
     }
     if (!file.hasPreviewImage()) {
@@ -289,9 +288,9 @@ int main(int argc, char *argv[])
 
     int status = 0;
     TProgress progress(int(files.size()));
-    const auto reportRejected = [&](int i) {
+    const auto reportRejected = [&](int i, const QString &reason) {
         progress.clear();
-        std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), kRejected);
+        std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), qPrintable(reason));
         status = 1;
     };
     if (!options.contactSheetPath.isEmpty()) {
@@ -301,11 +300,12 @@ int main(int argc, char *argv[])
             [&](int i) {
                 TM9File file(files[i]);
                 const bool accepted = file.processFile();
-                return sheetFrameOf(files[i], file, accepted, QString::fromLatin1(kRejected));
+                return sheetFrameOf(files[i], file, accepted,
+                                    accepted ? QString() : rejectionText(file));
             },
             [&](int i, TSheetFrame &&frame) {
                 if (!frame.accepted)
-                    reportRejected(i);
+                    reportRejected(i, frame.summary);
                 frames[i] = std::move(frame);
                 progress.show(i + 1);
             });
@@ -320,17 +320,18 @@ int main(int argc, char *argv[])
     }
     if (options.stats) {
         QList<TFrame> frames(files.size());
-        runInOrder<TFrame>(
+        using TRead = std::pair<TFrame, QString>; // the frame, why it is not accepted
+        runInOrder<TRead>(
             int(files.size()), jobs,
             [&](int i) {
                 TM9File file(files[i]);
                 const bool accepted = file.processFile();
-                return frameOf(file, accepted);
+                return TRead(frameOf(file, accepted), accepted ? QString() : rejectionText(file));
             },
-            [&](int i, TFrame &&frame) {
-                if (!frame.accepted)
-                    reportRejected(i);
-                frames[i] = std::move(frame);
+            [&](int i, TRead &&read) {
+                if (!read.first.accepted)
+                    reportRejected(i, read.second);
+                frames[i] = std::move(read.first);
                 progress.show(i + 1);
             });
         progress.clear();
@@ -344,7 +345,7 @@ int main(int argc, char *argv[])
         int(files.size()), jobs, [&](int i) { return readFile(files[i], options); },
         [&](int i, TFileResult &&result) {
             if (!result.accepted)
-                reportRejected(i);
+                reportRejected(i, result.error);
             progress.beforeOutput();
             std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
             progress.afterOutput();
