@@ -1,9 +1,10 @@
 // Tolvik: shows the shooting data of a Leica M9 / M Monochrom DNG file.
-//   tolvik [FILE.dng]
+//   tolvik [FILE.dng | FOLDER]
 
 #include "mainwindow.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QIcon>
 #include <QStringList>
 #include <QTimer>
@@ -23,11 +24,14 @@ int main(int argc, char *argv[])
     window.show();
 
     // A file given on the command line (or dropped on the program's icon)
-    // opens once the event loop runs, so that a warning can be answered.
+    // opens once the event loop runs, so that a warning can be answered; a
+    // folder opens in the card window.
     const QStringList args = QApplication::arguments().mid(1);
     if (!args.isEmpty()) {
         const QString path = args.first();
-        QTimer::singleShot(0, &window, [&window, path] { window.openFile(path); });
+        QTimer::singleShot(0, &window, [&window, path] {
+            QFileInfo(path).isDir() ? window.openFolder(path) : window.openFile(path);
+        });
     }
     return app.exec();
 }

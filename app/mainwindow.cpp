@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "cardwindow.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
@@ -68,6 +69,15 @@ void fitMacFonts(QWidget *window)
         font.setPixelSize(font.pointSize());
         label->setFont(font);
     }
+}
+
+// The local path of the first dragged URL when it is a folder.
+QString firstFolderPath(const QMimeData *mime)
+{
+    if (!mime || mime->urls().isEmpty())
+        return {};
+    const QString path = mime->urls().first().toLocalFile();
+    return !path.isEmpty() && QFileInfo(path).isDir() ? path : QString();
 }
 
 // Through a pixmap: an icon made from a TIFF path looks for a second page and
@@ -179,6 +189,8 @@ void MainWindow::closeEvent(QCloseEvent *event)
 {
     if (userReallyWantsToQuit()) {
         saveSettings();
+        if (cardWindow)
+            cardWindow->close();
         event->accept();
     } else {
         event->ignore();
@@ -303,6 +315,30 @@ void MainWindow::on_actionOpen_triggered()
     openFile(path);
 }
 
+void MainWindow::on_actionOpen_Folder_triggered()
+{
+    const QString path =
+        QFileDialog::getExistingDirectory(this, tr("Open Folder"), TCardWindow::lastFolder());
+    if (!path.isEmpty())
+        openFolder(path);
+}
+
+void MainWindow::openFolder(const QString &path)
+{
+    if (!cardWindow) {
+        cardWindow = new TCardWindow(this);
+        cardWindow->setWindowFlag(Qt::Window);
+        connect(cardWindow, &TCardWindow::fileChosen, this, &MainWindow::openFile);
+        connect(cardWindow, &TCardWindow::fileActivated, this, [this] {
+            raise();
+            activateWindow();
+        });
+    }
+    cardWindow->openFolder(path);
+    cardWindow->show();
+    cardWindow->raise();
+}
+
 QString MainWindow::neighbourFile(const QString &path, int direction)
 {
     const QFileInfo current(path);
@@ -325,6 +361,9 @@ QString MainWindow::neighbourFile(const QString &path, int direction)
 
 void MainWindow::stepFile(int direction)
 {
+    // While the card window is open, its shown order is the order.
+    if (cardWindow && cardWindow->isVisible() && cardWindow->stepRow(direction))
+        return;
     if (currentFileName.isEmpty())
         return;
     const QString next = neighbourFile(currentFileName, direction);
@@ -354,15 +393,18 @@ void MainWindow::on_actionExact_Values_toggled(bool checked)
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (!firstDngPath(event->mimeData()).isEmpty())
+    if (!firstDngPath(event->mimeData()).isEmpty() || !firstFolderPath(event->mimeData()).isEmpty())
         event->accept();
 }
 
 void MainWindow::dropEvent(QDropEvent *event)
 {
     const QString path = firstDngPath(event->mimeData());
+    const QString folder = firstFolderPath(event->mimeData());
     if (!path.isEmpty())
         openFile(path);
+    else if (!folder.isEmpty())
+        openFolder(folder);
 }
 
 void MainWindow::doProcess(QString path)

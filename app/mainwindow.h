@@ -20,6 +20,7 @@ class QCloseEvent;
 class QContextMenuEvent;
 class QDragEnterEvent;
 class QDropEvent;
+class TCardWindow;
 class TM9File;
 
 namespace Ui {
@@ -35,6 +36,9 @@ public:
 
     // Opens a file as if it had been dropped on the window (command line).
     void openFile(const QString &path);
+    // Shows the DNG files of a folder in the card window (opened on first use);
+    // its current row is shown here, and Page Down follows its order.
+    void openFolder(const QString &path);
 
     // The command that hands a file to an external program: open -a "program" "file" .
     static QString externalProgramCommand(const QString &program, const QString &file);
@@ -59,6 +63,7 @@ protected:
 
 private slots:
     void on_actionOpen_triggered();
+    void on_actionOpen_Folder_triggered();
     void on_actionExit_triggered();
     void on_actionPrint_triggered();
     void on_actionPreferences_triggered();
@@ -98,6 +103,8 @@ private:
     QStringList programmListe;
     bool panelOpen = false;
     QString shownRows; // the panel's rows as the clipboard gets them
+
+    TCardWindow *cardWindow = nullptr; // made on the first folder
 
     // RGB distribution, summed over every file opened so far; the exact view
     // draws the shown file's alone.

@@ -1,0 +1,272 @@
+#include "cardwindow.h"
+#include "ui_cardwindow.h"
+
+#include "cardloader.h"
+#include "cardmodel.h"
+
+#include <QCloseEvent>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QSaveFile>
+#include <QScrollBar>
+#include <QSettings>
+
+namespace {
+
+// Rows of pictures asked for beyond those shown, above and below: a page
+// turned by Page Down has its pictures at once.
+constexpr int kPictureRowsAhead = 20;
+
+// Widths a column gets before the user sets its own.
+constexpr int kColumnWidth = 95;
+constexpr int kDateTimeWidth = 140;
+constexpr int kLensWidth = 240;
+constexpr int kAperture = 170; // "Aperture (camera's estimate)"
+
+const QString kSettingsGroup = QStringLiteral("CardWindow");
+
+} // namespace
+
+TCardWindow::TCardWindow(QWidget *parent)
+    : QMainWindow(parent), ui(new Ui::TCardWindow), m_model(new TCardModel(this)),
+      m_filter(new TCardFilter(this)), m_loader(new TCardLoader(m_model, this))
+{
+    ui->setupUi(this);
+    m_filter->setSourceModel(m_model);
+    ui->tableView->setModel(m_filter);
+
+    QHeaderView *header = ui->tableView->horizontalHeader();
+    header->setSectionsMovable(true);
+    header->setDefaultSectionSize(kColumnWidth);
+    header->resizeSection(TCardModel::Picture, TCardModel::kPictureHeight * 3 / 2 + 8);
+    header->resizeSection(TCardModel::DateTime, kDateTimeWidth);
+    header->resizeSection(TCardModel::Lens, kLensWidth);
+    header->resizeSection(TCardModel::Aperture, kAperture);
+    header->setStretchLastSection(true);
+    QHeaderView *rows = ui->tableView->verticalHeader();
+    rows->setSectionResizeMode(QHeaderView::Fixed);
+    rows->setDefaultSectionSize(TCardModel::kPictureHeight + 4);
+    ui->tableView->setIconSize(
+        QSize(TCardModel::kPictureHeight * 3 / 2, TCardModel::kPictureHeight));
+
+    connect(ui->tableView->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex &current) { onCurrentRowChanged(current); });
+    connect(m_loader, &TCardLoader::progress, this, &TCardWindow::onProgress);
+    connect(m_loader, &TCardLoader::finished, this, [this] { onFinished(); });
+    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
+        connect(m_filter, signal, this, [this] { updateShown(); });
+    connect(m_filter, &QAbstractItemModel::modelReset, this, [this] { updateShown(); });
+    connect(m_filter, &QAbstractItemModel::layoutChanged, this, [this] { askPicturesAhead(); });
+    connect(ui->tableView->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            [this] { askPicturesAhead(); });
+
+    ui->progressBar->hide();
+    ui->btnStop->hide();
+    updateLenses();
+    readSettings();
+}
+
+TCardWindow::~TCardWindow()
+{
+    delete ui;
+}
+
+QString TCardWindow::lastFolder()
+{
+    return QSettings()
+        .value(kSettingsGroup + QStringLiteral("/lastFolder"), QDir::homePath())
+        .toString();
+}
+
+void TCardWindow::openFolder(const QString &folder)
+{
+    m_folder = QFileInfo(folder).absoluteFilePath();
+    QSettings().setValue(kSettingsGroup + QStringLiteral("/lastFolder"), m_folder);
+    setWindowTitle(QStringLiteral("Tolvik \u2013 ") + QDir::toNativeSeparators(m_folder));
+    ui->cbLens->setCurrentIndex(0);
+    m_loader->start(m_folder);
+}
+
+// --- settings ---
+
+void TCardWindow::readSettings()
+{
+    QSettings settings;
+    settings.beginGroup(kSettingsGroup);
+    restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray());
+    QHeaderView *header = ui->tableView->horizontalHeader();
+    // Column order and widths and the sort column; by date taken at first.
+    if (!header->restoreState(settings.value(QStringLiteral("columns")).toByteArray()))
+        header->setSortIndicator(TCardModel::DateTime, Qt::AscendingOrder);
+    ui->tableView->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    settings.endGroup();
+}
+
+void TCardWindow::saveSettings() const
+{
+    QSettings settings;
+    settings.beginGroup(kSettingsGroup);
+    settings.setValue(QStringLiteral("geometry"), saveGeometry());
+    settings.setValue(QStringLiteral("columns"), ui->tableView->horizontalHeader()->saveState());
+    settings.endGroup();
+}
+
+void TCardWindow::closeEvent(QCloseEvent *event)
+{
+    m_loader->stop();
+    saveSettings();
+    event->accept();
+}
+
+// --- menu ---
+
+void TCardWindow::on_actionOpen_Folder_triggered()
+{
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Open Folder"), lastFolder());
+    if (!folder.isEmpty())
+        openFolder(folder);
+}
+
+void TCardWindow::on_actionExport_CSV_triggered()
+{
+    const QString proposal =
+        QDir::home().filePath(QFileInfo(m_folder).fileName() + QStringLiteral(".csv"));
+    const QString path =
+        QFileDialog::getSaveFileName(this, tr("Export CSV"), proposal, tr("CSV files (*.csv)"));
+    if (path.isEmpty() || exportCsv(path))
+        return;
+    QMessageBox::warning(this, tr("Export CSV"),
+                         tr("%1 could not be written.").arg(QDir::toNativeSeparators(path)));
+}
+
+void TCardWindow::on_actionClose_triggered()
+{
+    close();
+}
+
+bool TCardWindow::exportCsv(const QString &path) const
+{
+    QList<int> rows;
+    for (int row = 0; row < m_filter->rowCount(); ++row)
+        rows.append(m_filter->mapToSource(m_filter->index(row, 0)).row());
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(m_model->csv(rows)) >= 0 && file.commit();
+}
+
+// --- filter and lens selector ---
+
+void TCardWindow::on_leFilter_textChanged(const QString &text)
+{
+    m_filter->setText(text);
+}
+
+void TCardWindow::on_cbLens_currentIndexChanged(int index)
+{
+    m_filter->setColumnValue(TCardModel::Lens, ui->cbLens->itemData(index).toString());
+}
+
+void TCardWindow::on_chkRejected_toggled(bool checked)
+{
+    m_filter->setShowRejected(checked);
+}
+
+// The lenses of the card with their counts; the chosen one stays chosen.
+void TCardWindow::updateLenses()
+{
+    const QString chosen = ui->cbLens->currentData().toString();
+    const QList<std::pair<QString, int>> lenses = m_model->lensCounts();
+    int files = 0;
+    for (const auto &[lens, count] : lenses)
+        files += count;
+    const QSignalBlocker blocker(ui->cbLens);
+    ui->cbLens->clear();
+    ui->cbLens->addItem(tr("All lenses (%1)").arg(files), QString());
+    for (const auto &[lens, count] : lenses)
+        ui->cbLens->addItem(QStringLiteral("%1 (%2)").arg(lens).arg(count), lens);
+    ui->cbLens->setCurrentIndex(std::max(0, ui->cbLens->findData(chosen)));
+}
+
+void TCardWindow::updateShown()
+{
+    ui->lblShown->setText(
+        tr("%1 of %2 files shown").arg(m_filter->rowCount()).arg(m_model->rowCount()));
+    askPicturesAhead();
+}
+
+// --- loading ---
+
+void TCardWindow::onProgress(int done, int total)
+{
+    ui->progressBar->setRange(0, std::max(total, 0)); // busy while the files are found
+    ui->progressBar->setValue(done);
+    ui->progressBar->show();
+    ui->btnStop->show();
+    updateLenses();
+}
+
+void TCardWindow::onFinished()
+{
+    ui->progressBar->hide();
+    ui->btnStop->hide();
+    updateShown();
+}
+
+void TCardWindow::on_btnStop_clicked()
+{
+    m_loader->stop();
+}
+
+// Asks the model for the pictures of the rows shown and a few beyond; the
+// model has each made once.
+void TCardWindow::askPicturesAhead()
+{
+    const QTableView *view = ui->tableView;
+    const int rows = m_filter->rowCount();
+    if (rows == 0)
+        return;
+    const int top = std::max(view->rowAt(0), 0);
+    int bottom = view->rowAt(view->viewport()->height() - 1);
+    if (bottom < 0)
+        bottom = rows - 1;
+    for (int row = std::max(top - kPictureRowsAhead, 0);
+         row <= std::min(bottom + kPictureRowsAhead, rows - 1); ++row)
+        m_filter->index(row, TCardModel::Picture).data(Qt::DecorationRole);
+}
+
+// --- together with the main window ---
+
+QString TCardWindow::pathAt(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return {};
+    const TCardRow &row = m_model->cardRow(m_filter->mapToSource(index).row());
+    return row.accepted ? row.path : QString();
+}
+
+void TCardWindow::onCurrentRowChanged(const QModelIndex &current)
+{
+    const QString path = pathAt(current);
+    if (!path.isEmpty())
+        emit fileChosen(path);
+}
+
+void TCardWindow::on_tableView_activated(const QModelIndex &index)
+{
+    const QString path = pathAt(index);
+    if (!path.isEmpty())
+        emit fileActivated(path);
+}
+
+bool TCardWindow::stepRow(int direction)
+{
+    const QModelIndex current = ui->tableView->currentIndex();
+    if (!current.isValid())
+        return false;
+    const QModelIndex next = m_filter->index(current.row() + direction, current.column());
+    if (next.isValid())
+        ui->tableView->setCurrentIndex(next);
+    return true;
+}

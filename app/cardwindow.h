@@ -1,0 +1,76 @@
+#ifndef CARDWINDOW_H
+#define CARDWINDOW_H
+
+// The card window: every DNG file of a folder as a row of a sortable,
+// filterable table. Selecting a row shows the file in the main window's panel;
+// File ▸ Export CSV... writes the shown rows as tolvik-info --csv --exact does.
+
+#include <QMainWindow>
+#include <QString>
+
+class QCloseEvent;
+class QModelIndex;
+class TCardFilter;
+class TCardLoader;
+class TCardModel;
+
+namespace Ui {
+class TCardWindow;
+}
+
+class TCardWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit TCardWindow(QWidget *parent = nullptr);
+    ~TCardWindow() override;
+
+    // Reads the folder's DNG files into the table; stops a folder still loading.
+    void openFolder(const QString &folder);
+    QString folder() const { return m_folder; }
+    // The folder opened last, also in an earlier run.
+    static QString lastFolder();
+
+    // Moves the current row by direction in the shown order; false when no row
+    // is current. At either end nothing happens.
+    bool stepRow(int direction);
+
+    // Writes the shown rows in the shown order; false when the file cannot be written.
+    bool exportCsv(const QString &path) const;
+
+signals:
+    void fileChosen(const QString &path);    // a row of an accepted file became current
+    void fileActivated(const QString &path); // Enter or a double click on it
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private slots:
+    void on_actionOpen_Folder_triggered();
+    void on_actionExport_CSV_triggered();
+    void on_actionClose_triggered();
+    void on_leFilter_textChanged(const QString &text);
+    void on_cbLens_currentIndexChanged(int index);
+    void on_chkRejected_toggled(bool checked);
+    void on_btnStop_clicked();
+    void on_tableView_activated(const QModelIndex &index);
+
+private:
+    void readSettings();
+    void saveSettings() const;
+    void onCurrentRowChanged(const QModelIndex &current);
+    void onProgress(int done, int total);
+    void onFinished();
+    void updateLenses();
+    void updateShown();
+    void askPicturesAhead();
+    QString pathAt(const QModelIndex &index) const;
+
+    Ui::TCardWindow *ui;
+    TCardModel *m_model;
+    TCardFilter *m_filter;
+    TCardLoader *m_loader;
+    QString m_folder;
+};
+
+#endif // CARDWINDOW_H
