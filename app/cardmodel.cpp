@@ -79,6 +79,18 @@ int rowIndex(int column)
     return indexes[std::size_t(column)];
 }
 
+// Below zero when l sorts before r, zero when they are equal.
+int compareKeys(const QVariant &l, const QVariant &r)
+{
+    const auto compare = [](const auto &a, const auto &b) { return a < b ? -1 : b < a ? 1 : 0; };
+    switch (l.typeId()) {
+    case QMetaType::Double: return compare(l.toDouble(), r.toDouble());
+    case QMetaType::QDateTime: return compare(l.toDateTime(), r.toDateTime());
+    case QMetaType::Int: return compare(l.toInt(), r.toInt());
+    default: return QString::compare(l.toString(), r.toString(), Qt::CaseInsensitive);
+    }
+}
+
 } // namespace
 
 TCardRow TCardRow::read(const QString &path)
@@ -286,15 +298,14 @@ bool TCardFilter::lessThan(const QModelIndex &left, const QModelIndex &right) co
 {
     const QVariant l = left.data(TCardModel::kSortRole);
     const QVariant r = right.data(TCardModel::kSortRole);
-    if (!l.isValid() || !r.isValid()) {
-        // Files without a value go last, whichever way the column is sorted
-        // (a descending sort asks lessThan(right, left)).
-        return sortOrder() == Qt::AscendingOrder ? l.isValid() : r.isValid();
-    }
-    switch (l.typeId()) {
-    case QMetaType::Double: return l.toDouble() < r.toDouble();
-    case QMetaType::QDateTime: return l.toDateTime() < r.toDateTime();
-    case QMetaType::Int: return l.toInt() < r.toInt();
-    default: return QString::compare(l.toString(), r.toString(), Qt::CaseInsensitive) < 0;
-    }
+    // Files without a value go last, whichever way the column is sorted (a
+    // descending sort asks lessThan(right, left)).
+    const bool ascending = sortOrder() == Qt::AscendingOrder;
+    if (l.isValid() != r.isValid())
+        return ascending ? l.isValid() : r.isValid();
+    const int order = l.isValid() ? compareKeys(l, r) : 0;
+    if (order != 0)
+        return order < 0;
+    // Equal values stay in file order, whichever way and whatever was sorted before.
+    return ascending ? left.row() < right.row() : left.row() > right.row();
 }

@@ -76,7 +76,7 @@ QString rejectionText(const TM9File &file)
 {
     QString text = QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!");
     const QString model = file.exif().model.trimmed();
-    if (!model.isEmpty() && !file.isValidModel())
+    if (!model.isEmpty() && model != TExifValues().model && !file.isValidModel())
         text += QStringLiteral(" (Model: %1)").arg(model);
     return text;
 }

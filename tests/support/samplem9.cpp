@@ -65,7 +65,8 @@ QByteArray leicaNote(const SampleM9 &o)
     d3100->ascii(0x3103, "3912204", true).ascii(0x3109, "1.196", true);
     d3100->longValue(0x312A, 160).longValue(0x312B, 5270).longValue(0x312C, 3516);
     d3100->longValue(0x312D, 14);
-    d3400->slong(0x3402, o.temperature).longValue(0x3405, o.lensType).rational(0x3406, 56, 10);
+    d3400->slong(0x3402, o.temperature).longValue(0x3405, o.lensType);
+    d3400->rational(0x3406, o.fNumber.first, o.fNumber.second);
     d3400->slong(0x3407, 1234567).slong(0x3408, 987654);
     d3900->bytes(0x3901, Undefined, QByteArray(16, '\0'));
     return leicaMakerNote(o.order,
@@ -78,10 +79,12 @@ IfdPtr exifIfd(const SampleM9 &o)
     exif->rational(0x829A, o.exposureTime.first, o.exposureTime.second);
     exif->rational(0x829D, 56, 10).shortValue(0x8822, 3).shortValue(0x8827, o.iso);
     exif->bytes(0x9000, Undefined, "0220");
-    exif->ascii(0x9003, "2012:06:17 14:32:05").ascii(0x9004, "2012:06:17 14:32:05");
+    exif->ascii(0x9003, o.dateTime).ascii(0x9004, o.dateTime);
     exif->srational(0x9201, 7965784, 1000000).srational(0x9203, 52, 10).srational(0x9204, -2, 3);
     exif->rational(0x9205, 1, 1).shortValue(0x9207, 2).shortValue(0x9208, 0);
-    exif->shortValue(0x9209, 0).rational(0x920A, 50, 1).bytes(0x927C, Undefined, leicaNote(o));
+    exif->shortValue(0x9209, 0)
+        .rational(0x920A, o.focalLength.first, o.focalLength.second)
+        .bytes(0x927C, Undefined, leicaNote(o));
     exif->bytes(0xA300, Undefined, "\x03").bytes(0xA301, Undefined, "\x01");
     exif->shortValue(0xA401, 0).shortValue(0xA402, 0).shortValue(0xA403, 0);
     exif->rational(0xA404, 0, 1).shortValue(0xA405, 50).shortValue(0xA406, 0);

@@ -24,6 +24,9 @@ struct SampleM9 {
     quint32 lensType = 32 * 4 + 3; // Summilux-M 50mm f/1.4 ASPH., frame 50/75
     qint32 temperature = 24;
     std::pair<quint32, quint32> exposureTime{1, 250};
+    std::pair<quint32, quint32> fNumber{56, 10}; // the camera's estimate
+    std::pair<quint32, quint32> focalLength{50, 1};
+    QByteArray dateTime = "2012:06:17 14:32:05";
     quint16 iso = 160;
     quint16 orientation = 1;
     QByteArray imageUniqueId = "00000000000000000000000000002a3f";
