@@ -145,6 +145,7 @@ QVariant TCardModel::data(const QModelIndex &index, int role) const
             emit pictureWanted(row, r.path);
         }
         return m_pictures[std::size_t(row)];
+    case Qt::ToolTipRole: return r.accepted ? QVariant() : QVariant(r.error);
     case Qt::ForegroundRole:
         if (!r.accepted)
             return QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text);

@@ -22,9 +22,10 @@ constexpr int kPictureRowsAhead = 20;
 
 // Widths a column gets before the user sets its own.
 constexpr int kColumnWidth = 95;
+constexpr int kFileNameWidth = 120;
 constexpr int kDateTimeWidth = 140;
-constexpr int kLensWidth = 240;
-constexpr int kAperture = 170; // "Aperture (camera's estimate)"
+constexpr int kLensWidth = 220;
+constexpr int kApertureWidth = 190; // "Aperture (camera's estimate)"
 
 const QString kSettingsGroup = QStringLiteral("CardWindow");
 
@@ -42,9 +43,10 @@ TCardWindow::TCardWindow(QWidget *parent)
     header->setSectionsMovable(true);
     header->setDefaultSectionSize(kColumnWidth);
     header->resizeSection(TCardModel::Picture, TCardModel::kPictureHeight * 3 / 2 + 8);
+    header->resizeSection(TCardModel::FileName, kFileNameWidth);
     header->resizeSection(TCardModel::DateTime, kDateTimeWidth);
     header->resizeSection(TCardModel::Lens, kLensWidth);
-    header->resizeSection(TCardModel::Aperture, kAperture);
+    header->resizeSection(TCardModel::Aperture, kApertureWidth);
     header->setStretchLastSection(true);
     QHeaderView *rows = ui->tableView->verticalHeader();
     rows->setSectionResizeMode(QHeaderView::Fixed);

@@ -1,12 +1,16 @@
 // Photographs the real window with a file open: folded, and unfolded with the
 // mouse over the preview so that the readout shows values; then the
-// panel in exact values, the preferences dialog and the About box, and writes the file's report as
-// a PDF. Used by scripts/screenshots; settings go to a temporary directory.
+// panel in exact values, the preferences dialog and the About box, writes the
+// file's report as a PDF, and photographs the card window on a folder of
+// made-up frames. Used by scripts/screenshots; settings go to a temporary
+// directory.
 //   tolvik-screenshots FILE.dng OUTDIR
 
+#include "cardwindow.h"
 #include "documents/treport.h"
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
+#include "tests/support/samplem9.h"
 
 #include <QAction>
 #include <QApplication>
@@ -14,7 +18,9 @@
 #include <QGraphicsView>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <QProgressBar>
 #include <QSettings>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -46,6 +52,68 @@ bool saveDialog(QWidget &window, const char *action, const QString &path)
     });
     window.findChild<QAction *>(QLatin1String(action))->trigger();
     return saved;
+}
+
+// A card of a day out: frames of three lenses and a stray file of another camera.
+bool writeCard(const QString &dir)
+{
+    struct Frame {
+        const char *time;
+        quint32 lens; // lens id * 4 + frame code
+        quint32 focal, fTenths, exposure, iso;
+        bool monochrom;
+    };
+    const Frame frames[] = {
+        {"09:12:40", 30 * 4 + 1, 35, 80, 500, 160, false},
+        {"09:13:02", 30 * 4 + 1, 35, 80, 1000, 160, false},
+        {"10:41:17", 32 * 4 + 3, 50, 14, 4000, 160, false},
+        {"10:41:55", 32 * 4 + 3, 50, 20, 2000, 160, false},
+        {"12:05:09", 7 * 4 + 2, 90, 28, 250, 200, false},
+        {"14:30:00", 32 * 4 + 3, 50, 56, 125, 160, true},
+        {"14:32:05", 32 * 4 + 3, 50, 56, 250, 160, true},
+        {"17:48:21", 30 * 4 + 1, 35, 20, 60, 640, false},
+        {"19:36:55", 30 * 4 + 1, 35, 14, 15, 1250, false},
+        {"20:02:33", 7 * 4 + 2, 90, 20, 8, 2500, false},
+    };
+    int number = 2600;
+    for (const Frame &f : frames) {
+        fixture::SampleM9 o;
+        o.dateTime = QByteArray("2012:06:17 ") + f.time;
+        o.lensType = f.lens;
+        o.focalLength = {f.focal, 1};
+        o.fNumber = {f.fTenths, 10};
+        o.exposureTime = {1, f.exposure};
+        o.iso = quint16(f.iso);
+        o.temperature = 20 + number % 7;
+        o.preview = fixture::sampleScene().mirrored(number % 2 == 1, false);
+        if (f.monochrom) {
+            o.model = "M Monochrom";
+            o.preview = o.preview.convertToFormat(QImage::Format_Grayscale8);
+        }
+        if (!fixture::writeFile(dir + QStringLiteral("/L100%1.DNG").arg(number++),
+                                fixture::sampleM9Dng(o)))
+            return false;
+    }
+    fixture::SampleM9 other;
+    other.model = "DMC-GX7";
+    return fixture::writeFile(dir + QStringLiteral("/P1030412.DNG"), fixture::sampleM9Dng(other));
+}
+
+// The card window on the folder, once every row and picture is in, with a
+// row chosen.
+bool saveCard(const QString &folder, const QString &path)
+{
+    MainWindow window;
+    window.show();
+    window.openFolder(folder);
+    auto *card = window.findChild<TCardWindow *>();
+    auto *view = card->findChild<QTableView *>();
+    card->resize(1320, 700);
+    if (!QTest::qWaitFor([&] { return card->findChild<QProgressBar *>()->isHidden(); }))
+        return false;
+    QTest::qWait(300); // the pictures
+    view->setCurrentIndex(view->model()->index(4, 1));
+    return save(*card, path);
 }
 
 } // namespace
@@ -102,5 +170,9 @@ int main(int argc, char *argv[])
     if (!file.processFile() || !writeReportPdf(file, pdf))
         return 1;
     std::printf("%s\n", qPrintable(pdf));
+
+    QTemporaryDir card;
+    if (!writeCard(card.path()) || !saveCard(card.path(), dir + QStringLiteral("card.png")))
+        return 1;
     return 0;
 }
