@@ -9,13 +9,16 @@
 
 #include <QComboBox>
 #include <QDir>
+#include <QDragEnterEvent>
 #include <QFile>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QProcess>
 #include <QProgressBar>
 #include <QTableView>
 #include <QTest>
+#include <QUrl>
 
 class TestCard : public QObject {
     Q_OBJECT
@@ -179,7 +182,14 @@ void TestCard::windowOnFolder()
     MainWindow window;
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    window.openFolder(m_card.path());
+    // A folder dropped on the window opens the card window.
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(m_card.path())});
+    QDragEnterEvent enter(QPoint(20, 200), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(QPointF(20, 200), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window, &drop);
     auto *card = window.findChild<TCardWindow *>();
     QVERIFY(card && card->isVisible());
     QTRY_VERIFY(card->findChild<QProgressBar *>()->isHidden());
