@@ -17,6 +17,13 @@ namespace {
 // batches cost the view less, and 40 ms still looks continuous.
 constexpr int kBatchMilliseconds = 40;
 
+// Threads that read files or make pictures, each: all cores but the one the
+// window needs to answer at once; reading is fast enough on one (50 µs a file).
+int workerThreads()
+{
+    return std::max(QThread::idealThreadCount() - 1, 1);
+}
+
 // The file's preview made kPictureHeight high; null without one.
 QImage cardPicture(const QString &path)
 {
@@ -34,6 +41,7 @@ QImage cardPicture(const QString &path)
 TCardLoader::TCardLoader(TCardModel *model, QObject *parent) : QObject(parent), m_model(model)
 {
     connect(model, &TCardModel::pictureWanted, this, &TCardLoader::makePicture);
+    m_pictures.setMaxThreadCount(workerThreads());
 }
 
 TCardLoader::~TCardLoader()
@@ -112,7 +120,7 @@ void TCardLoader::read(TReading *reading, int generation, const QString &folder)
     QElapsedTimer sincePost;
     sincePost.start();
     bool first = true;
-    const int threads = std::clamp(QThread::idealThreadCount(), 1, std::max(count, 1));
+    const int threads = std::clamp(workerThreads(), 1, std::max(count, 1));
     runInOrder<TCardRow>(
         count, threads,
         [&](int i) { return reading->stop ? TCardRow{} : TCardRow::read(files[i]); },
