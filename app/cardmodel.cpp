@@ -100,7 +100,7 @@ TCardRow TCardRow::read(const QString &path)
     row.path = path;
     row.accepted = file.processFile();
     row.rows = fileRows(file, exactRows(), row.accepted);
-    row.numbers = panelNumbers(file);
+    row.frame = frameOf(file, row.accepted);
     if (!row.accepted)
         row.error = rejectionText(file);
     return row;
@@ -145,7 +145,7 @@ QVariant TCardModel::data(const QModelIndex &index, int role) const
             emit pictureWanted(row, r.path);
         }
         return m_pictures[std::size_t(row)];
-    case Qt::ToolTipRole: return r.accepted ? QVariant() : QVariant(r.error);
+    case Qt::ToolTipRole: return r.accepted ? frameSummary(r.frame.texts) : r.error;
     case Qt::ForegroundRole:
         if (!r.accepted)
             return QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text);
@@ -161,11 +161,11 @@ QVariant TCardModel::data(const QModelIndex &index, int role) const
         if (!r.accepted && column != Error)
             return {};
         if (c.sortBy == TSortBy::Number) {
-            const double value = r.numbers.*c.number;
+            const double value = r.frame.numbers.*c.number;
             return std::isnan(value) ? QVariant() : QVariant(value);
         }
         if (c.sortBy == TSortBy::Date)
-            return r.numbers.taken.isValid() ? QVariant(r.numbers.taken) : QVariant();
+            return r.frame.numbers.taken.isValid() ? QVariant(r.frame.numbers.taken) : QVariant();
         const QString shown = text(row, column);
         return shown.isEmpty() ? QVariant() : QVariant(shown);
     }
@@ -277,10 +277,22 @@ void TCardFilter::setShowRejected(bool show)
     invalidateFilter();
 }
 
+void TCardFilter::setCategoryValue(TCategory category, const QString &value)
+{
+    m_category = category;
+    m_categoryValue = value;
+    invalidateFilter();
+}
+
 bool TCardFilter::filterAcceptsRow(int sourceRow, const QModelIndex &) const
 {
     const TCardModel *model = card();
     if (!m_showRejected && !model->cardRow(sourceRow).accepted)
+        return false;
+    // The statistics count accepted files only, and so does a bar.
+    const TFrame &frame = model->cardRow(sourceRow).frame;
+    if (!m_categoryValue.isEmpty() &&
+        (!frame.accepted || categoryText(frame, m_category) != m_categoryValue))
         return false;
     for (auto value = m_columnValues.cbegin(); value != m_columnValues.cend(); ++value) {
         if (model->text(sourceRow, value.key()) != value.value())

@@ -6,6 +6,7 @@
 // Sorting goes by each column's value (TCardModel::kSortRole), not its text.
 
 #include "cli/records.h"
+#include "cli/statistics.h"
 #include "exif/paneltexts.h"
 
 #include <QAbstractTableModel>
@@ -24,7 +25,7 @@ struct TCardRow {
     bool accepted = false;
     QString error;    // why the file is not accepted
     QList<TRow> rows; // what tolvik-info --csv --exact prints of it
-    TPanelNumbers numbers;
+    TFrame frame;     // its exact texts and numbers, for sorting, counting and the sheet
 
     // Reads the file at path (any thread); the picture is made apart.
     static TCardRow read(const QString &path);
@@ -111,6 +112,9 @@ public:
     // Only rows whose column shows exactly value; an empty value lifts it.
     void setColumnValue(int column, const QString &value);
     void setShowRejected(bool show);
+    // Only rows with value in a category of the statistics (a bar clicked);
+    // an empty value lifts it.
+    void setCategoryValue(TCategory category, const QString &value);
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
@@ -122,6 +126,8 @@ private:
     QString m_text;
     QHash<int, QString> m_columnValues;
     bool m_showRejected = true;
+    TCategory m_category = TCategory::Lens;
+    QString m_categoryValue;
 };
 
 #endif // CARDMODEL_H

@@ -3,6 +3,9 @@
 
 #include "cardloader.h"
 #include "cardmodel.h"
+#include "documents/pageframe.h"
+#include "documents/tcontactsheet.h"
+#include "tstatisticspane.h"
 
 #include <QCloseEvent>
 #include <QDir>
@@ -10,9 +13,12 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QMessageBox>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QSaveFile>
 #include <QScrollBar>
 #include <QSettings>
+#include <QTimer>
 
 namespace {
 
@@ -26,6 +32,11 @@ constexpr int kFileNameWidth = 120;
 constexpr int kDateTimeWidth = 140;
 constexpr int kLensWidth = 220;
 constexpr int kApertureWidth = 190; // "Aperture (camera's estimate)"
+constexpr int kStatisticsWidth = 380;
+
+// The charts are counted again at most this often while rows arrive or the
+// filter changes.
+constexpr int kStatisticsDelayMs = 150;
 
 const QString kSettingsGroup = QStringLiteral("CardWindow");
 
@@ -33,7 +44,8 @@ const QString kSettingsGroup = QStringLiteral("CardWindow");
 
 TCardWindow::TCardWindow(QWidget *parent)
     : QMainWindow(parent), ui(new Ui::TCardWindow), m_model(new TCardModel(this)),
-      m_filter(new TCardFilter(this)), m_loader(new TCardLoader(m_model, this))
+      m_filter(new TCardFilter(this)), m_loader(new TCardLoader(m_model, this)),
+      m_statisticsDue(new QTimer(this))
 {
     ui->setupUi(this);
     m_filter->setSourceModel(m_model);
@@ -65,8 +77,16 @@ TCardWindow::TCardWindow(QWidget *parent)
     connect(ui->tableView->verticalScrollBar(), &QScrollBar::valueChanged, this,
             [this] { askPicturesAhead(); });
 
+    m_statisticsDue->setSingleShot(true);
+    m_statisticsDue->setInterval(kStatisticsDelayMs);
+    connect(m_statisticsDue, &QTimer::timeout, this, [this] { updateStatistics(); });
+    connect(ui->statistics, &TStatisticsPane::barClicked, this, &TCardWindow::filterByCategory);
+    ui->splitter->setStretchFactor(0, 1);
+    ui->splitter->setSizes({width() - kStatisticsWidth, kStatisticsWidth});
+
     ui->progressBar->hide();
     ui->btnStop->hide();
+    filterByCategory(TCategory::Lens, QString());
     updateLenses();
     readSettings();
 }
@@ -104,6 +124,7 @@ void TCardWindow::readSettings()
     if (!header->restoreState(settings.value(QStringLiteral("columns")).toByteArray()))
         header->setSortIndicator(TCardModel::DateTime, Qt::AscendingOrder);
     ui->tableView->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    ui->splitter->restoreState(settings.value(QStringLiteral("splitter")).toByteArray());
     settings.endGroup();
 }
 
@@ -113,6 +134,7 @@ void TCardWindow::saveSettings() const
     settings.beginGroup(kSettingsGroup);
     settings.setValue(QStringLiteral("geometry"), saveGeometry());
     settings.setValue(QStringLiteral("columns"), ui->tableView->horizontalHeader()->saveState());
+    settings.setValue(QStringLiteral("splitter"), ui->splitter->saveState());
     settings.endGroup();
 }
 
@@ -149,13 +171,83 @@ void TCardWindow::on_actionClose_triggered()
     close();
 }
 
-bool TCardWindow::exportCsv(const QString &path) const
+QList<int> TCardWindow::shownRows() const
 {
     QList<int> rows;
     for (int row = 0; row < m_filter->rowCount(); ++row)
         rows.append(m_filter->mapToSource(m_filter->index(row, 0)).row());
+    return rows;
+}
+
+bool TCardWindow::exportCsv(const QString &path) const
+{
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(m_model->csv(rows)) >= 0 && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.write(m_model->csv(shownRows())) >= 0 &&
+           file.commit();
+}
+
+// --- contact sheet ---
+
+TContactSheet TCardWindow::contactSheet() const
+{
+    QList<TSheetFrame> frames;
+    for (const int row : shownRows()) {
+        const TCardRow &r = m_model->cardRow(row);
+        frames.append(sheetFrame(r.path, r.frame.texts, r.frame.numbers, r.accepted, r.error));
+    }
+    return TContactSheet(m_folder, frames);
+}
+
+void TCardWindow::on_actionPrint_Contact_Sheet_triggered()
+{
+    const TContactSheet sheet = contactSheet();
+    QPrinter printer;
+    setReportMargins(&printer);
+    printer.setDocName(sheet.headerText());
+    QPrintPreviewDialog preview(&printer, this);
+    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
+            [&sheet](QPrinter *target) { sheet.print(target); });
+    preview.exec();
+}
+
+void TCardWindow::on_actionSave_Contact_Sheet_triggered()
+{
+    const QString name = QFileInfo(m_folder).fileName();
+    const QString proposal = QDir(m_folder).filePath(
+        (name.isEmpty() ? QStringLiteral("card") : name) + QStringLiteral("-contact-sheet.pdf"));
+    const QString path = QFileDialog::getSaveFileName(this, tr("Save Contact Sheet as PDF"),
+                                                      proposal, tr("PDF files (*.pdf)"));
+    if (path.isEmpty() || writeContactSheetPdf(contactSheet(), path))
+        return;
+    QMessageBox::warning(this, tr("Save Contact Sheet"),
+                         tr("%1 could not be written.").arg(QDir::toNativeSeparators(path)));
+}
+
+// --- statistics ---
+
+void TCardWindow::updateStatistics()
+{
+    QList<TFrame> frames;
+    for (const int row : shownRows())
+        frames.append(m_model->cardRow(row).frame);
+    ui->statistics->setFrames(frames);
+}
+
+void TCardWindow::filterByCategory(TCategory category, const QString &value)
+{
+    m_filter->setCategoryValue(category, value);
+    ui->statistics->setChosen(category, value);
+    ui->lblCategoryFilter->setText(
+        value.isEmpty()
+            ? QString()
+            : QStringLiteral("%1: <b>%2</b>").arg(categoryName(category), value.toHtmlEscaped()));
+    ui->lblCategoryFilter->setVisible(!value.isEmpty());
+    ui->btnClearCategory->setVisible(!value.isEmpty());
+}
+
+void TCardWindow::on_btnClearCategory_clicked()
+{
+    filterByCategory(TCategory::Lens, QString());
 }
 
 // --- filter and lens selector ---
@@ -193,6 +285,7 @@ void TCardWindow::updateLenses()
 
 void TCardWindow::updateShown()
 {
+    m_statisticsDue->start();
     ui->lblShown->setText(
         tr("%1 of %2 files shown").arg(m_filter->rowCount()).arg(m_model->rowCount()));
     askPicturesAhead();

@@ -10,9 +10,12 @@
 
 class QCloseEvent;
 class QModelIndex;
+class QTimer;
 class TCardFilter;
 class TCardLoader;
 class TCardModel;
+class TContactSheet;
+enum class TCategory;
 
 namespace Ui {
 class TCardWindow;
@@ -37,6 +40,8 @@ public:
 
     // Writes the shown rows in the shown order; false when the file cannot be written.
     bool exportCsv(const QString &path) const;
+    // The contact sheet of the shown rows in the shown order.
+    TContactSheet contactSheet() const;
 
 signals:
     void fileChosen(const QString &path);    // a row of an accepted file became current
@@ -48,6 +53,9 @@ protected:
 private slots:
     void on_actionOpen_Folder_triggered();
     void on_actionExport_CSV_triggered();
+    void on_actionPrint_Contact_Sheet_triggered();
+    void on_actionSave_Contact_Sheet_triggered();
+    void on_btnClearCategory_clicked();
     void on_actionClose_triggered();
     void on_leFilter_textChanged(const QString &text);
     void on_cbLens_currentIndexChanged(int index);
@@ -63,6 +71,9 @@ private:
     void onFinished();
     void updateLenses();
     void updateShown();
+    void updateStatistics();
+    void filterByCategory(TCategory category, const QString &value);
+    QList<int> shownRows() const;
     void askPicturesAhead();
     QString pathAt(const QModelIndex &index) const;
 
@@ -71,6 +82,7 @@ private:
     TCardFilter *m_filter;
     TCardLoader *m_loader;
     QString m_folder;
+    QTimer *m_statisticsDue; // counts again once a burst of changes has passed
 };
 
 #endif // CARDWINDOW_H

@@ -8,10 +8,11 @@
 namespace {
 
 constexpr int kMargin = 6;
-constexpr int kGap = 6;           // between the value labels and the bars
-constexpr int kBarSpacing = 3;    // between two bars
-constexpr int kAxisTicks = 4;     // steps along the frames axis, at most
-constexpr int kMaxLabelShare = 2; // the labels take at most 1/2 of the width
+constexpr int kGap = 6;                // between the value labels and the bars
+constexpr int kBarSpacing = 3;         // between two bars
+constexpr int kAxisTicks = 4;          // steps along the frames axis, at most
+constexpr double kMaxLabelShare = 0.6; // of the width, for the value labels at most
+constexpr int kLabelSlack = 4;         // pixels, so that a label that fits is never elided
 
 // A step of 1, 2 or 5 times a power of ten, so the ticks fall on round numbers.
 int tickStep(int largest)
@@ -54,7 +55,7 @@ int TBarChart::labelWidth() const
     int widest = 0;
     for (const TCount &count : m_counts)
         widest = std::max(widest, fontMetrics().horizontalAdvance(count.value));
-    return std::min(widest, width() / kMaxLabelShare);
+    return std::min(widest + kLabelSlack, int(width() * kMaxLabelShare));
 }
 
 QRect TBarChart::barArea() const

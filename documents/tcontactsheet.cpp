@@ -124,13 +124,19 @@ void paintCell(QPainter &painter, const TSheetFrame &frame, const QRectF &cell, 
 
 } // namespace
 
-TSheetFrame sheetFrameOf(const QString &path, const TM9File &file, bool accepted,
-                         const QString &rejection)
+TSheetFrame sheetFrame(const QString &path, const TPanelTexts &exact, const TPanelNumbers &numbers,
+                       bool accepted, const QString &rejection)
 {
     if (!accepted)
         return {path, rejection, QDateTime(), false};
-    return {path, frameSummary(panelTexts(file, TValueStyle::Exact)), panelNumbers(file).taken,
-            true};
+    return {path, frameSummary(exact), numbers.taken, true};
+}
+
+TSheetFrame sheetFrameOf(const QString &path, const TM9File &file, bool accepted,
+                         const QString &rejection)
+{
+    return sheetFrame(path, panelTexts(file, TValueStyle::Exact), panelNumbers(file), accepted,
+                      rejection);
 }
 
 TContactSheet::TContactSheet(const QString &folder, const QList<TSheetFrame> &frames)
@@ -152,7 +158,8 @@ QString TContactSheet::headerText() const
     QString text = QFileInfo(m_folder).fileName();
     if (text.isEmpty())
         text = m_folder;
-    text += QStringLiteral(" \u00b7 %1 frames").arg(m_frames.size());
+    text += QStringLiteral(" \u00b7 %1 ").arg(m_frames.size()) +
+            (m_frames.size() == 1 ? QStringLiteral("frame") : QStringLiteral("frames"));
     if (first.isValid()) {
         text += QStringLiteral(" \u00b7 ") + first.toString(Qt::ISODate);
         if (last != first)

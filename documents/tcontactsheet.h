@@ -14,6 +14,8 @@
 
 class QPagedPaintDevice;
 class TM9File;
+struct TPanelNumbers;
+struct TPanelTexts;
 
 struct TSheetFrame {
     QString path;    // read again for the picture when its page is painted
@@ -21,6 +23,8 @@ struct TSheetFrame {
     QDateTime taken; // invalid when the file holds no date
     bool accepted = false;
 };
+TSheetFrame sheetFrame(const QString &path, const TPanelTexts &exact, const TPanelNumbers &numbers,
+                       bool accepted, const QString &rejection);
 TSheetFrame sheetFrameOf(const QString &path, const TM9File &file, bool accepted,
                          const QString &rejection);
 

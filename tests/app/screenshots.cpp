@@ -7,10 +7,13 @@
 //   tolvik-screenshots FILE.dng OUTDIR
 
 #include "cardwindow.h"
+#include "documents/tcontactsheet.h"
 #include "documents/treport.h"
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
+#include "tbarchart.h"
 #include "tests/support/samplem9.h"
+#include "tstatisticspane.h"
 
 #include <QAction>
 #include <QApplication>
@@ -100,8 +103,9 @@ bool writeCard(const QString &dir)
 }
 
 // The card window on the folder, once every row and picture is in, with a
-// row chosen.
-bool saveCard(const QString &folder, const QString &path)
+// row chosen; then with the table narrowed to one lens by its bar, and the
+// contact sheet of the card as a PDF.
+bool saveCard(const QString &folder, const QString &dir)
 {
     MainWindow window;
     window.show();
@@ -113,7 +117,25 @@ bool saveCard(const QString &folder, const QString &path)
         return false;
     QTest::qWait(300); // the pictures
     view->setCurrentIndex(view->model()->index(4, 1));
-    return save(*card, path);
+    if (!save(*card, dir + QStringLiteral("card.png")))
+        return false;
+
+    const QString pdf = dir + QStringLiteral("contact-sheet.pdf");
+    if (!writeContactSheetPdf(card->contactSheet(), pdf))
+        return false;
+    std::printf("%s\n", qPrintable(pdf));
+
+    TBarChart *lenses = card->findChild<TStatisticsPane *>()->chart(TCategory::Lens);
+    const QRect bar = lenses->rect();
+    for (int y = bar.top(); y < bar.bottom(); ++y) {
+        const int index = lenses->barAt(QPoint(bar.width() - 10, y));
+        if (index >= 0 && lenses->counts()[index].value.startsWith(QLatin1String("Summilux"))) {
+            QTest::mouseClick(lenses, Qt::LeftButton, {}, QPoint(bar.width() - 10, y));
+            break;
+        }
+    }
+    QTest::qWait(300);
+    return save(*card, dir + QStringLiteral("card-lens.png"));
 }
 
 } // namespace
@@ -172,7 +194,7 @@ int main(int argc, char *argv[])
     std::printf("%s\n", qPrintable(pdf));
 
     QTemporaryDir card;
-    if (!writeCard(card.path()) || !saveCard(card.path(), dir + QStringLiteral("card.png")))
+    if (!writeCard(card.path()) || !saveCard(card.path(), dir))
         return 1;
     return 0;
 }

@@ -1,11 +1,15 @@
 // The card window: sort keys per column, the filter and lens selector, a
 // rejected file's row, CSV export against tolvik-info, and the window on a
-// folder driving the main window's panel.
+// folder driving the main window's panel, with a bar of its statistics
+// narrowing the table.
 
 #include "apptest.h"
 #include "cardmodel.h"
 #include "cardwindow.h"
+#include "documents/tcontactsheet.h"
 #include "mainwindow.h"
+#include "tbarchart.h"
+#include "tstatisticspane.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -18,6 +22,7 @@
 #include <QProgressBar>
 #include <QTableView>
 #include <QTest>
+#include <QToolButton>
 #include <QUrl>
 
 class TestCard : public QObject {
@@ -230,6 +235,33 @@ void TestCard::windowOnFolder()
     info.start(QStringLiteral(TOLVIK_INFO), {"--csv", "--exact", card->folder()});
     QVERIFY(info.waitForFinished());
     QCOMPARE(exported.readAll(), info.readAllStandardOutput());
+
+    // A bar narrows the table to its frames, the charts follow, and Clear
+    // brings every row back; the contact sheet takes the rows shown.
+    auto *isoChart = card->findChild<TStatisticsPane *>()->chart(TCategory::Iso);
+    QTRY_COMPARE(isoChart->counts().size(), 4); // 160, 200, 1250, n.a
+    QCOMPARE(isoChart->counts()[1].value, QStringLiteral("200"));
+    const QPoint bar = [&] {
+        for (int y = 0; y < isoChart->height(); ++y) {
+            if (isoChart->barAt(QPoint(isoChart->width() / 2, y)) == 1)
+                return QPoint(isoChart->width() / 2, y);
+        }
+        return QPoint();
+    }();
+    QTest::mouseClick(isoChart, Qt::LeftButton, {}, bar);
+    QCOMPARE(view->model()->rowCount(), 1);
+    QCOMPARE(view->model()->index(0, TCardModel::FileName).data().toString(),
+             QStringLiteral("C.DNG"));
+    auto *shownFilter = card->findChild<QLabel *>(QStringLiteral("lblCategoryFilter"));
+    QVERIFY(shownFilter->isVisibleTo(card));
+    QCOMPARE(shownFilter->text(), QStringLiteral("ISO: <b>200</b>"));
+    QTRY_COMPARE(isoChart->counts().size(), 1);
+    QCOMPARE(card->contactSheet().headerText(),
+             QFileInfo(m_card.path()).fileName() +
+                 QStringLiteral(" \u00b7 1 frame \u00b7 2012-06-17"));
+    card->findChild<QToolButton *>(QStringLiteral("btnClearCategory"))->click();
+    QCOMPARE(view->model()->rowCount(), 5);
+    QVERIFY(!shownFilter->isVisibleTo(card));
 
     // The sort column and the folder outlive the window.
     card->close();
