@@ -135,7 +135,22 @@ bool saveCard(const QString &folder, const QString &dir)
         }
     }
     QTest::qWait(300);
-    return save(*card, dir + QStringLiteral("card-lens.png"));
+    if (!save(*card, dir + QStringLiteral("card-lens.png")))
+        return false;
+
+    // The charts in a dark theme's colours.
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(0x2b, 0x2b, 0x2b));
+    dark.setColor(QPalette::WindowText, QColor(0xe0, 0xe0, 0xe0));
+    dark.setColor(QPalette::Base, QColor(0x1e, 0x1e, 0x1e));
+    dark.setColor(QPalette::AlternateBase, QColor(0x26, 0x26, 0x26));
+    dark.setColor(QPalette::Text, QColor(0xe0, 0xe0, 0xe0));
+    dark.setColor(QPalette::Highlight, QColor(0x3d, 0xae, 0xe9));
+    dark.setColor(QPalette::Link, QColor(0xf6, 0x74, 0x00));
+    dark.setColor(QPalette::HighlightedText, Qt::black);
+    card->setPalette(dark);
+    QTest::qWait(100);
+    return save(*card, dir + QStringLiteral("card-dark.png"));
 }
 
 } // namespace
