@@ -156,6 +156,7 @@ QString parseArguments(const QStringList &args, TOptions &options)
     return QString();
 }
 
+#ifdef TOLVIK_INFO_DRAWS
 // What a contact sheet names in its header: the folder given, or the one the
 // first file lies in.
 QString sheetFolder(const QStringList &paths)
@@ -163,6 +164,7 @@ QString sheetFolder(const QStringList &paths)
     const QFileInfo first(paths.first());
     return first.isDir() ? first.absoluteFilePath() : first.absolutePath();
 }
+#endif
 
 // Folders become the DNG files below them; files stay as named.
 QStringList filesToRead(const QStringList &paths)

@@ -370,6 +370,7 @@ void TestCli::sharedLibraries_data()
         << QStringList{"--csv", "--preflight", ":folder"} << false;
     QTest::newRow("JSON, every value") << QStringList{"--json", "--all", ":good"} << false;
     QTest::newRow("report") << QStringList{"--report", ":pdf", ":good"} << true;
+    QTest::newRow("contact sheet") << QStringList{"--contact-sheet", ":pdf", ":good"} << true;
 }
 
 void TestCli::sharedLibraries()
