@@ -1,5 +1,10 @@
 // tolvik-info: prints what Tolvik shows for raw files, for scripts and for
 // sorting a card full of files.
+//
+// This file is built twice. tolvik-info reads and prints values with Qt Core
+// alone; for a drawing (--report, --contact-sheet) it hands the process over
+// to its drawing half, tolvik-info-draw, built with TOLVIK_INFO_DRAWS and Qt
+// Gui, which takes the same arguments and draws. Only drawing loads Qt Gui.
 
 #include "cli/filerows.h"
 #include "cli/inorder.h"
@@ -8,23 +13,31 @@
 #include "cli/records.h"
 #include "cli/sonymakernote.h"
 #include "cli/statistics.h"
-#include "documents/tcontactsheet.h"
-#include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
 #include "rawfile/tiffentry.h"
 #include "rawfile/tm9file.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QStringList>
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
-#include <memory>
+#include <cstring>
 #include <unistd.h>
+#include <vector>
+
+#ifdef TOLVIK_INFO_DRAWS
+#include "documents/tcontactsheet.h"
+#include "documents/treport.h"
+
+#include <QGuiApplication>
+#endif
 
 namespace {
 
@@ -143,6 +156,7 @@ QString parseArguments(const QStringList &args, TOptions &options)
     return QString();
 }
 
+#ifdef TOLVIK_INFO_DRAWS
 // What a contact sheet names in its header: the folder given, or the one the
 // first file lies in.
 QString sheetFolder(const QStringList &paths)
@@ -150,6 +164,7 @@ QString sheetFolder(const QStringList &paths)
     const QFileInfo first(paths.first());
     return first.isDir() ? first.absoluteFilePath() : first.absolutePath();
 }
+#endif
 
 // Folders become the DNG files below them; files stay as named.
 QStringList filesToRead(const QStringList &paths)
@@ -216,6 +231,7 @@ private:
     bool m_sharesLine;
 };
 
+#ifdef TOLVIK_INFO_DRAWS
 // The report of one file as a PDF; nothing is written for a rejected file.
 int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
 {
@@ -234,6 +250,34 @@ int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
     }
     return 0;
 }
+#else
+// The drawing half: beside tolvik-info in the build, in the folder of library
+// programs when installed.
+QString drawingProgram()
+{
+    const QDir here(QCoreApplication::applicationDirPath());
+    const QString beside = here.filePath(QStringLiteral("tolvik-info-draw"));
+    if (QFileInfo(beside).isExecutable())
+        return beside;
+    return QDir::cleanPath(here.filePath(QStringLiteral(TOLVIK_DRAW_FROM_BIN "/tolvik-info-draw")));
+}
+
+// Hands the process over to the drawing half with the same arguments; returns
+// only when it cannot be started.
+int handOverDrawing(char *argv[])
+{
+    const QByteArray program = QFile::encodeName(drawingProgram());
+    std::vector<char *> arguments{const_cast<char *>(program.constData())};
+    for (char **argument = argv + 1; *argument; ++argument)
+        arguments.push_back(*argument);
+    arguments.push_back(nullptr);
+    std::fflush(stdout);
+    ::execv(arguments[0], arguments.data());
+    std::fprintf(stderr, "tolvik-info: cannot start %s: %s\n", program.constData(),
+                 std::strerror(errno));
+    return 1;
+}
+#endif
 
 // Only the reader's own trace lines get through (QT_LOGGING_RULES turns them
 // on); Qt's notes, such as one about a damaged thumbnail, are not output.
@@ -254,14 +298,17 @@ int main(int argc, char *argv[])
         args.append(QString::fromLocal8Bit(argv[i]));
     const QString problem = parseArguments(args, options);
 
-    // Only the report draws (fonts, pictures, PDF): it needs a GUI application,
-    // not a display. Reading and printing values needs neither.
-    const bool drawing = !options.reportPath.isEmpty() || !options.contactSheetPath.isEmpty();
-    if (drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    // Only the report and the contact sheet draw (fonts, pictures, PDF): they
+    // need a GUI application, not a display. Reading and printing values needs neither.
+    [[maybe_unused]] const bool drawing =
+        !options.reportPath.isEmpty() || !options.contactSheetPath.isEmpty();
+#ifdef TOLVIK_INFO_DRAWS
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    std::unique_ptr<QCoreApplication> app = drawing
-                                                ? std::make_unique<QGuiApplication>(argc, argv)
-                                                : std::make_unique<QCoreApplication>(argc, argv);
+    QGuiApplication app(argc, argv);
+#else
+    QCoreApplication app(argc, argv);
+#endif
     QCoreApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
 
     if (options.help) {
@@ -273,9 +320,14 @@ int main(int argc, char *argv[])
         return 2;
     }
 
+#ifdef TOLVIK_INFO_DRAWS
     if (!options.reportPath.isEmpty())
         return writeReport(options.reportPath, options.paths.first(),
                            options.rows.exact ? TValueStyle::Exact : TValueStyle::Specified);
+#else
+    if (drawing)
+        return handOverDrawing(argv);
+#endif
     if (!options.sonyOffset.isEmpty())
         return runSonyMakerNote({options.sonyOffset, options.paths.first(), options.rows.all},
                                 options.format);
@@ -293,6 +345,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), qPrintable(reason));
         status = 1;
     };
+#ifdef TOLVIK_INFO_DRAWS
     if (!options.contactSheetPath.isEmpty()) {
         QList<TSheetFrame> frames(files.size());
         runInOrder<TSheetFrame>(
@@ -318,6 +371,7 @@ int main(int argc, char *argv[])
         }
         return status;
     }
+#endif
     if (options.stats) {
         QList<TFrame> frames(files.size());
         using TRead = std::pair<TFrame, QString>; // the frame, why it is not accepted

@@ -7,20 +7,19 @@
 #include <QImage>
 #include <QPixmap>
 
-namespace {
+// The pictures made so far, owned by the file object.
+struct TM9File::TPictures {
+    std::unique_ptr<QPixmap> preview;
+    std::unique_ptr<QPixmap> previewScaled;
+    std::unique_ptr<QPixmap> thumbnail;
 
-// The size IFD0 gives the preview, or an empty size for one the reader does not build.
-QSize checkedPreviewSize(const TExifValues &exif)
-{
-    const quint32 width = exif.imageWidth;
-    const quint32 height = exif.imageLength;
-    if (width == 0 || height == 0 || width > limits::kMaxPreviewSide ||
-        height > limits::kMaxPreviewSide || quint64(width) * height > limits::kMaxPreviewPixels)
-        return QSize();
-    return QSize(int(width), int(height));
-}
-
-} // namespace
+    static TPictures &of(TM9File &file)
+    {
+        if (!file.m_pictures)
+            file.m_pictures = {new TPictures, [](TPictures *pictures) { delete pictures; }};
+        return *file.m_pictures;
+    }
+};
 
 template <typename Read> auto TM9File::withData(Read read)
 {
@@ -40,7 +39,7 @@ QImage TM9File::previewPicture()
 
 QImage TM9File::previewRgb(unsigned int position, unsigned int length)
 {
-    const QSize size = checkedPreviewSize(m_exif);
+    const QSize size = checkedPreviewSize();
     if (size.isEmpty())
         return QImage();
     QImage image(size, QImage::Format_RGB32);
@@ -93,56 +92,38 @@ void TM9File::extractFullSizeImage(QPixmap *target)
         picture.reset(extractJPEGImage(0, quint32(qMin<qint64>(m_file->size(), UINT_MAX))));
 }
 
-bool TM9File::hasFullSizeImage() const
-{
-    return m_exif.stripOffsets != 0 && m_exif.stripByteCounts != 0;
-}
-
-bool TM9File::hasThumbnailImage() const
-{
-    return m_exif.thumbnailOffset != 0 && m_exif.thumbnailLength != 0;
-}
-
-bool TM9File::hasPreviewImage() const
-{
-    return !previewSize().isEmpty();
-}
-
-QSize TM9File::previewSize() const
-{
-    return m_previewFound ? checkedPreviewSize(m_exif) : QSize();
-}
-
-QSize TM9File::thumbnailSize() const
-{
-    return m_thumbnailSize;
-}
-
 QPixmap *TM9File::previewImage()
 {
     // IFD0's strip: the last strip read in the chain, which in a Leica DNG is IFD0's.
-    if (!m_preview && hasPreviewImage())
-        m_preview.reset(extractPreviewPic(m_exif.stripOffsets, m_exif.stripByteCounts));
-    return m_preview.get();
+    if (!hasPreviewImage())
+        return nullptr;
+    std::unique_ptr<QPixmap> &preview = TPictures::of(*this).preview;
+    if (!preview)
+        preview.reset(extractPreviewPic(m_exif.stripOffsets, m_exif.stripByteCounts));
+    return preview.get();
 }
 
 QPixmap *TM9File::thumbnailImage()
 {
-    if (!m_thumbnail && m_thumbnailSize.isValid())
-        m_thumbnail.reset(extractJPEGImage(m_exif.thumbnailOffset, m_exif.thumbnailLength));
-    return m_thumbnail.get();
+    if (!m_thumbnailSize.isValid())
+        return nullptr;
+    std::unique_ptr<QPixmap> &thumbnail = TPictures::of(*this).thumbnail;
+    if (!thumbnail)
+        thumbnail.reset(extractJPEGImage(m_exif.thumbnailOffset, m_exif.thumbnailLength));
+    return thumbnail.get();
 }
 
 QPixmap *TM9File::previewImageScaled(int width, int height)
 {
     Q_UNUSED(height) // the aspect ratio of the preview decides
-    if (!previewImage() || width <= 0)
+    const QPixmap *preview = previewImage();
+    if (!preview || width <= 0)
         return nullptr;
     const quint64 scaledHeight =
-        quint64(width) * quint64(m_preview->height()) / quint64(qMax(1, m_preview->width()));
+        quint64(width) * quint64(preview->height()) / quint64(qMax(1, preview->width()));
     if (quint64(width) * scaledHeight > limits::kMaxPreviewPixels)
         return nullptr;
-    m_previewScaled =
-        std::make_unique<QPixmap>(m_preview->scaledToWidth(width, Qt::FastTransformation));
-    return m_previewScaled.get();
+    std::unique_ptr<QPixmap> &scaled = TPictures::of(*this).previewScaled;
+    scaled = std::make_unique<QPixmap>(preview->scaledToWidth(width, Qt::FastTransformation));
+    return scaled.get();
 }

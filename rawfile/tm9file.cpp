@@ -4,7 +4,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QPixmap>
 
 TM9File::TM9File() = default;
 

@@ -12,6 +12,8 @@
 //
 // The methods are defined by subsystem:
 //   rawfile/  loading, directory walkers, entry readers, pictures, GPS, preflight
+//             (the pictures themselves, QPixmaps, in rawfile/images.cpp: the
+//             library tolvik_pictures, which needs Qt Gui; all else needs Qt Core)
 //   exif/     EXIF decoders, composite values, Leica maker note, tag names
 //   sony/     Sony maker note: walker, enciphered blocks, decoders
 
@@ -67,19 +69,20 @@ public:
     bool processFilePreflight();
     void processIFDPreflight();
 
-    // --- embedded pictures (rawfile/images.cpp) ---
-    // Pictures are made on first use, on the GUI thread: processFile and the
-    // preflight pass only note where they lie and how large they are, so a
-    // reader that never shows them (tolvik-info, worker threads) never pays
-    // for them. Making one reopens the file.
-    QPixmap *extractPreviewPic(unsigned int position, unsigned int length);
-    QPixmap *extractJPEGImage(unsigned int position, unsigned int length);
-    void extractFullSizeImage(QPixmap *target);
+    // --- embedded pictures ---
+    // Where they lie and how large they are (rawfile/picturesizes.cpp, Qt Core):
+    // processFile and the preflight pass only note these, so a reader that
+    // never shows a picture (tolvik-info, worker threads) never pays for one.
     bool hasFullSizeImage() const;
     bool hasThumbnailImage() const;
     bool hasPreviewImage() const;
     QSize previewSize() const;   // empty when there is no preview; builds nothing
     QSize thumbnailSize() const; // from the JPEG header the preflight pass read
+    // The pictures (rawfile/images.cpp, library tolvik_pictures, Qt Gui), made
+    // on first use on the GUI thread; making one reopens the file.
+    QPixmap *extractPreviewPic(unsigned int position, unsigned int length);
+    QPixmap *extractJPEGImage(unsigned int position, unsigned int length);
+    void extractFullSizeImage(QPixmap *target);
     QPixmap *previewImage();
     QPixmap *thumbnailImage();
     QPixmap *previewImageScaled(int width, int height);
@@ -292,6 +295,7 @@ private:
         for (std::size_t i = 0; i < N; ++i)
             out[i] = {nums[i], dens[i]};
     }
+    QSize checkedPreviewSize() const; // IFD0's picture size, empty for one no preview can be
     void walkChain(void (TM9File::*walker)());
     void walkNestedIfd(qint64 position, void (TM9File::*walker)());
     QByteArray readSonyBlock(qint64 position, quint64 length);
@@ -320,9 +324,10 @@ private:
     // Pictures
     bool m_previewFound = false; // an accepted TIFF file: IFD0's strip is the preview
     QSize m_thumbnailSize;       // set by the preflight pass
-    std::unique_ptr<QPixmap> m_preview;
-    std::unique_ptr<QPixmap> m_previewScaled;
-    std::unique_ptr<QPixmap> m_thumbnail;
+    // The pictures made so far; rawfile/images.cpp makes them and hands in
+    // their deleter, so that the reader itself does without Qt Gui.
+    struct TPictures;
+    std::unique_ptr<TPictures, void (*)(TPictures *)> m_pictures{nullptr, nullptr};
 
     // Tag values
     TExifValues m_exif;

@@ -21,9 +21,11 @@ struct Run {
     QString err;
 };
 
-Run tolvikInfo(const QStringList &arguments)
+Run tolvikInfo(const QStringList &arguments,
+               const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
 {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(TOLVIK_INFO), arguments);
     process.waitForFinished(30000);
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
@@ -63,6 +65,8 @@ private Q_SLOTS:
     void folders();
     void csv();
     void sameOutputForAnyJobs();
+    void sharedLibraries_data();
+    void sharedLibraries();
 
 private:
     TempFiles m_files;
@@ -353,6 +357,33 @@ void TestCli::sameOutputForAnyJobs()
         QCOMPARE(four.err, one.err);
         QVERIFY(one.out.count(QLatin1Char('\n')) >= 40); // every file has its line
     }
+}
+
+// Reading and printing values load Qt Core alone; only a drawing loads Qt Gui
+// (the dynamic loader names every library it loads, dlopen'ed ones too).
+void TestCli::sharedLibraries_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<bool>("gui");
+    QTest::newRow("text") << QStringList{":good"} << false;
+    QTest::newRow("CSV of a folder, preflight")
+        << QStringList{"--csv", "--preflight", ":folder"} << false;
+    QTest::newRow("JSON, every value") << QStringList{"--json", "--all", ":good"} << false;
+    QTest::newRow("report") << QStringList{"--report", ":pdf", ":good"} << true;
+    QTest::newRow("contact sheet") << QStringList{"--contact-sheet", ":pdf", ":good"} << true;
+}
+
+void TestCli::sharedLibraries()
+{
+    QFETCH(QStringList, arguments);
+    arguments.replaceInStrings(QStringLiteral(":good"), m_good);
+    arguments.replaceInStrings(QStringLiteral(":folder"), QFileInfo(m_good).path());
+    arguments.replaceInStrings(QStringLiteral(":pdf"), m_pdf);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_DEBUG"), QStringLiteral("libs"));
+    const Run run = tolvikInfo(arguments, environment);
+    QVERIFY(run.err.contains(QLatin1String("find library=libQt6Core.so")));
+    QTEST(run.err.contains(QLatin1String("find library=libQt6Gui.so")), "gui");
 }
 
 QTEST_MAIN(TestCli)

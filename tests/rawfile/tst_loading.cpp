@@ -117,6 +117,18 @@ void TestLoading::recognition_data()
         << tiff(Order::Big, inIfd0) << 1 << true << 0ll << m9 << true << true << QSize();
     QTest::newRow("thumbnail pointer in IFD2 is ignored")
         << tiff(Order::Big, inIfd2) << 1 << true << 0ll << m9 << true << true << QSize();
+
+    // The thumbnail's size is read from its frame header, which comes before its first scan.
+    const auto inIfd1 = [](const QByteArray &thumbnail) {
+        auto ifd0 = sampleIfd0({});
+        ifd0->next(thumbnailIfd(thumbnail));
+        return tiff(Order::Big, ifd0);
+    };
+    QTest::newRow("thumbnail that is no JPEG")
+        << inIfd1(QByteArray(600, '\xFF')) << 1 << true << 0ll << m9 << true << true << QSize();
+    QTest::newRow("thumbnail cut before its first scan")
+        << inIfd1(jpeg.left(jpeg.indexOf("\xFF\xDA"))) << 1 << true << 0ll << m9 << true << true
+        << QSize();
 }
 
 void TestLoading::recognition()
