@@ -15,15 +15,15 @@ constexpr double kRuleWidth = 0.25;
 constexpr double kHeaderPoints = 11.0;
 constexpr double kFooterPoints = 8.0;
 
-void setPoints(QPainter &painter, double points)
+} // namespace
+
+void setPoints(QPainter &painter, double points, bool bold)
 {
     QFont font = painter.font();
     font.setPointSizeF(points);
-    font.setBold(false);
+    font.setBold(bold);
     painter.setFont(font);
 }
-
-} // namespace
 
 TPageFrame::TPageFrame(const QPaintDevice *device)
     : mm(device->logicalDpiY() / 25.4),

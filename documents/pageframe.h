@@ -22,6 +22,9 @@ public:
     QRectF body; // between header and footer, in device pixels
 };
 
+// The painter's font at a size in points, bold or not.
+void setPoints(QPainter &painter, double points, bool bold = false);
+
 // The margins printed pages are laid out with, on paper or in a PDF.
 void setReportMargins(QPagedPaintDevice *device);
 

@@ -47,14 +47,6 @@ QImage framePicture(const TSheetFrame &frame, QSizeF box)
                           Qt::SmoothTransformation);
 }
 
-void setPoints(QPainter &painter, double points, bool bold = false)
-{
-    QFont font = painter.font();
-    font.setPointSizeF(points);
-    font.setBold(bold);
-    painter.setFont(font);
-}
-
 // The summary's parts ("≈ f/2.0", "1/125", ...) kept whole, as many to a
 // line as fit.
 QStringList summaryLines(const QString &summary, const QFontMetrics &metrics, double width)
