@@ -80,8 +80,9 @@ QString firstFolderPath(const QMimeData *mime)
     return !path.isEmpty() && QFileInfo(path).isDir() ? path : QString();
 }
 
-// Through a pixmap: an icon made from a TIFF path looks for a second page and
-// has libtiff complain about it on stderr.
+// The fold button's pictures keep their ".tiff" names but are PNGs, which Qt
+// recognises by their content: no TIFF plugin is loaded and libtiff has
+// nothing to complain about on stderr.
 QIcon foldIcon(const QString &path)
 {
     return QIcon(QPixmap(path));

@@ -41,12 +41,14 @@
 
 namespace {
 
+// The help text, also the source of the manual page (help2man): every option,
+// the exit status and examples.
 constexpr char kUsage[] =
-    "usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
-    "       tolvik-info [--json | --csv] --stats FILE|FOLDER...\n"
-    "       tolvik-info [--exact] --report OUT.pdf FILE\n"
-    "       tolvik-info --contact-sheet OUT.pdf FILE|FOLDER...\n"
-    "       tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
+    "Usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
+    "  or:  tolvik-info [--json | --csv] --stats FILE|FOLDER...\n"
+    "  or:  tolvik-info [--exact] --report OUT.pdf FILE\n"
+    "  or:  tolvik-info --contact-sheet OUT.pdf FILE|FOLDER...\n"
+    "  or:  tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
     "information panel (camera, serial number, firmware, file name, date/time,\n"
@@ -54,7 +56,9 @@ constexpr char kUsage[] =
     "focal length, lens, light values, temperature, image ID).\n"
     "A folder is searched, with its sub-folders, for *.dng files in any letter\n"
     "case, read in name order; a file named here is read whatever its name.\n"
+    "A file that is not accepted is reported on stderr and the next file follows.\n"
     "\n"
+    "Options:\n"
     "  --json       one JSON object per file, one line each\n"
     "  --csv        a header row and one row per file (RFC 4180); a rejected file's\n"
     "               row has its path and the reason in the last column, \"error\"\n"
@@ -68,16 +72,30 @@ constexpr char kUsage[] =
     "  --preflight  run the quick pass instead (model, thumbnail, F-number, focal length)\n"
     "  -j N         read N files at a time (default: one per processor core);\n"
     "               the output is the same for every N\n"
-    "  --report OUT.pdf  write the one-page report of FILE, as the window prints it\n"
-    "  --contact-sheet OUT.pdf  write a contact sheet of the files: 20 previews a\n"
-    "               page, each with its name and exact values\n"
+    "  --report OUT.pdf\n"
+    "               write the one-page report of FILE as a PDF, as the window prints it\n"
+    "  --contact-sheet OUT.pdf\n"
+    "               write a contact sheet of the files: 20 previews a page, each with\n"
+    "               its name and exact values\n"
     "  --sony-makernote OFFSET\n"
     "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
     "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
-    "  --help       show this text\n"
+    "  -h, --help   show this text and exit\n"
+    "  --version    show the program's name and version and exit\n"
     "\n"
-    "A file that is not accepted is reported on stderr and the next file follows.\n"
-    "Exit status: 0 all files accepted, 1 a file was rejected, 2 usage error.\n";
+    "Exit status:\n"
+    "  0  every file was accepted (and the PDF written)\n"
+    "  1  a file was rejected, the PDF could not be written or the OFFSET lies\n"
+    "     outside the file\n"
+    "  2  usage error\n"
+    "\n"
+    "Examples:\n"
+    "  tolvik-info L1002622.DNG                   the panel's rows of one file\n"
+    "  tolvik-info --csv /media/card > card.csv   a table of every DNG on the card\n"
+    "  tolvik-info --json --all L1002622.DNG      every decoder and stored value\n"
+    "  tolvik-info --stats /media/card            frames per lens, ISO, day, ...\n"
+    "  tolvik-info --report L1002622.pdf L1002622.DNG\n"
+    "                                             the printed report as a PDF\n";
 
 // A progress line appears only for runs long enough to be watched.
 constexpr int kProgressFromFiles = 101;
@@ -87,6 +105,7 @@ struct TOptions {
     TRowOptions rows;
     int jobs = 0; // 0: one per core
     bool help = false;
+    bool version = false;
     bool stats = false;       // --stats: counts per category instead of rows
     QString reportPath;       // --report: the PDF of one file
     QString contactSheetPath; // --contact-sheet: the PDF of every file
@@ -111,8 +130,11 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.paths.append(arg);
         } else if (arg == QLatin1String("--")) {
             optionsEnd = true;
-        } else if (arg == QLatin1String("--help")) {
+        } else if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
             options.help = true;
+            return QString();
+        } else if (arg == QLatin1String("--version")) {
+            options.version = true;
             return QString();
         } else if (arg == QLatin1String("--json")) {
             options.format = TFormat::Json;
@@ -315,8 +337,12 @@ int main(int argc, char *argv[])
         std::fputs(kUsage, stdout);
         return 0;
     }
+    if (options.version) {
+        std::printf("tolvik-info %s\n", TOLVIK_VERSION);
+        return 0;
+    }
     if (!problem.isEmpty()) {
-        std::fprintf(stderr, "tolvik-info: %s\n\n%s", qPrintable(problem), kUsage);
+        std::fprintf(stderr, "tolvik-info: %s\nTry 'tolvik-info --help'.\n", qPrintable(problem));
         return 2;
     }
 

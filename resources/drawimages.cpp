@@ -134,8 +134,8 @@ int main(int argc, char *argv[])
     }
     const QString dir = args[1] + QLatin1Char('/');
     bool ok = save(logoPlate(), dir + QStringLiteral("leicalogo.bmp"), "bmp");
-    ok = save(arrow(true), dir + QStringLiteral("btn_Aufklappen.tiff"), "tiff") && ok;
-    ok = save(arrow(false), dir + QStringLiteral("btn_Zuklappen.tiff"), "tiff") && ok;
+    ok = save(arrow(true), dir + QStringLiteral("btn_Aufklappen.png"), "png") && ok;
+    ok = save(arrow(false), dir + QStringLiteral("btn_Zuklappen.png"), "png") && ok;
     for (const int size : {48, 128, 256})
         ok = save(appIcon(size), dir + QStringLiteral("tolvik-%1.png").arg(size), "png") && ok;
     return ok ? 0 : 1;

@@ -95,6 +95,7 @@ void TestCli::exitStatus_data()
     QTest::newRow("unknown option") << QStringList{"--xml", ":good"} << 2;
     QTest::newRow("jobs without a number") << QStringList{"-j", ":good"} << 2;
     QTest::newRow("help") << QStringList{"--help"} << 0;
+    QTest::newRow("version") << QStringList{"--version"} << 0;
     QTest::newRow("preflight of another camera") << QStringList{"--preflight", ":other"} << 1;
     QTest::newRow("report") << QStringList{"--report", ":pdf", ":good"} << 0;
     QTest::newRow("report of another camera: nothing written")
@@ -118,8 +119,15 @@ void TestCli::exitStatus()
     const Run run = tolvikInfo(arguments);
     QTEST(run.status, "status");
     QCOMPARE(QFile::exists(m_pdf), run.status == 0 && arguments.contains(m_pdf));
+    // A usage error says what is wrong in one line, not the whole help.
     if (run.status == 2)
-        QVERIFY(run.err.contains(QLatin1String("usage: tolvik-info")));
+        QVERIFY2(run.err.endsWith(QLatin1String("\nTry 'tolvik-info --help'.\n")) &&
+                     run.err.count(QLatin1Char('\n')) == 2,
+                 qPrintable(run.err));
+    if (arguments == QStringList{"--version"})
+        QCOMPARE(run.out, QStringLiteral("tolvik-info " TOLVIK_VERSION "\n"));
+    if (arguments == QStringList{"--help"})
+        QVERIFY(run.out.startsWith(QLatin1String("Usage: tolvik-info")));
 }
 
 void TestCli::rows()

@@ -1,0 +1,116 @@
+// tolvik-thumbnailer: the file manager's picture of a Leica M9 / M Monochrom
+// DNG, its embedded preview turned upright, as a PNG.
+//   tolvik-thumbnailer [-s SIZE] INPUT OUTPUT
+// The desktop's thumbnail factory runs it in a sandbox that shows it only the
+// input file and a writable /tmp, without a display. A file it does not accept gets no output and
+// exit status 1, so that the file manager falls back to its own icon.
+
+#include "documents/upright.h"
+#include "rawfile/tm9file.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+#include <QGuiApplication>
+#include <QImage>
+#include <QUrl>
+
+#include <cstdio>
+
+namespace {
+
+// What the thumbnail factories ask when they do not say (the "large" size).
+constexpr int kDefaultSize = 256;
+
+void describe(QCommandLineParser &parser, const QCommandLineOption &size)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "Writes the embedded preview of a Leica M9 or M Monochrom DNG file, turned upright by its "
+        "orientation and no larger than SIZE pixels on either side, as a PNG: the thumbnail the "
+        "file manager shows (/usr/share/thumbnailers/tolvik.thumbnailer).\n"
+        "A file that is not an M9 or M Monochrom DNG, or has no preview, gets no OUTPUT.\n"
+        "\n"
+        "Exit status: 0 the PNG was written, 1 the file was not accepted or OUTPUT could not be "
+        "written, 2 usage error."));
+    parser.addOption(size);
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(QStringLiteral("INPUT"),
+                                 QStringLiteral("The DNG file (a path or a file: URI)."));
+    parser.addPositionalArgument(QStringLiteral("OUTPUT"), QStringLiteral("The PNG to write."));
+}
+
+int usageError(const QString &problem)
+{
+    std::fprintf(stderr, "tolvik-thumbnailer: %s\nTry 'tolvik-thumbnailer --help'.\n",
+                 qPrintable(problem));
+    return 2;
+}
+
+// The factory keeps stderr for a failed thumbnail: only the program's own
+// lines go there, not Qt's notes about the sandbox (such as a runtime folder
+// it cannot see).
+void keepOwnMessages(QtMsgType type, const QMessageLogContext &, const QString &message)
+{
+    if (type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+QString localPath(const QString &argument)
+{
+    return argument.startsWith(QLatin1String("file:")) ? QUrl(argument).toLocalFile() : argument;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    qInstallMessageHandler(keepOwnMessages);
+    // Nothing is shown and no text drawn: the minimal platform needs no display
+    // and, unlike the offscreen one, no fonts (fontconfig would complain that
+    // the sandbox hides its configuration).
+    qputenv("QT_QPA_PLATFORM", "minimal");
+    QGuiApplication app(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
+
+    const QCommandLineOption sizeOption(
+        {QStringLiteral("s"), QStringLiteral("size")},
+        QStringLiteral("The longest side of the thumbnail at most (default %1).").arg(kDefaultSize),
+        QStringLiteral("SIZE"), QString::number(kDefaultSize));
+    QCommandLineParser parser;
+    describe(parser, sizeOption);
+    if (!parser.parse(QCoreApplication::arguments()))
+        return usageError(parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        parser.showHelp(0);
+    if (parser.isSet(QStringLiteral("version")))
+        parser.showVersion();
+    bool numeric = false;
+    const int size = parser.value(sizeOption).toInt(&numeric);
+    if (!numeric || size < 1)
+        return usageError(QStringLiteral("-s needs a size in pixels, 1 or more"));
+    const QStringList paths = parser.positionalArguments();
+    if (paths.size() != 2)
+        return usageError(QStringLiteral("give one INPUT and one OUTPUT"));
+
+    const QString input = localPath(paths[0]);
+    TM9File file(input);
+    if (!file.processFile()) {
+        std::fprintf(stderr, "%s: not a Leica M9 or M Monochrom DNG\n", qPrintable(input));
+        return 1;
+    }
+    QImage picture = uprightPreview(file);
+    if (picture.isNull()) {
+        std::fprintf(stderr, "%s: no preview picture\n", qPrintable(input));
+        return 1;
+    }
+    if (picture.width() > size || picture.height() > size)
+        picture = picture.scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+
+    const QString output = localPath(paths[1]);
+    if (!picture.save(output, "PNG")) {
+        QFile::remove(output); // no half-written picture
+        std::fprintf(stderr, "tolvik-thumbnailer: cannot write %s\n", qPrintable(output));
+        return 1;
+    }
+    return 0;
+}
