@@ -32,6 +32,7 @@
 #include <QProcess>
 #include <QSettings>
 #include <QShortcut>
+#include <QStandardPaths>
 #include <QUrl>
 
 namespace {
@@ -124,6 +125,12 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     stepKey(Qt::Key_Right, +1, true);
     stepKey(Qt::Key_Left, -1, true);
 
+    // File > Open Recent, below Open..., filled each time it opens.
+    recentMenu = new QMenu(tr("Open &Recent"), this);
+    recentMenu->setObjectName(QStringLiteral("menuOpenRecent"));
+    ui->menuFile->insertMenu(ui->actionSave_Preview, recentMenu);
+    connect(recentMenu, &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
+
     // Always start folded, whatever geometry the settings restored.
     setFixedSize(kFoldedWidth, kWindowHeight);
 }
@@ -137,8 +144,39 @@ MainWindow::~MainWindow()
 
 void MainWindow::openFile(const QString &path)
 {
+    if (!showFile(path))
+        return;
+    // Remembered at once, not only on quitting.
+    recentFiles.add(path);
+    lastDirectory = QFileInfo(path).absolutePath();
+    QSettings().setValue(QStringLiteral("OtherSettings/lastDirectory"), lastDirectory);
+}
+
+bool MainWindow::showFile(const QString &path)
+{
     currentFileName = path;
-    doProcess(currentFileName);
+    return doProcess(currentFileName);
+}
+
+void MainWindow::fillRecentMenu()
+{
+    recentMenu->clear();
+    for (const QString &path : recentFiles.existing()) {
+        QString text = QDir::toNativeSeparators(path);
+        QAction *entry =
+            recentMenu->addAction(text.replace(QLatin1Char('&'), QStringLiteral("&&")));
+        connect(entry, &QAction::triggered, this, [this, path] {
+            if (QFileInfo(path).isDir())
+                openFolder(path);
+            else
+                openFile(path);
+        });
+    }
+    recentMenu->addSeparator();
+    QAction *clear = recentMenu->addAction(tr("Clear"));
+    clear->setObjectName(QStringLiteral("actionClearRecent"));
+    clear->setEnabled(!recentFiles.entries().isEmpty());
+    connect(clear, &QAction::triggered, this, [this] { recentFiles.clear(); });
 }
 
 // --- settings and quitting ---
@@ -263,6 +301,10 @@ void MainWindow::on_actionPrint_triggered()
     const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage(), valueStyle());
     QPrinter printer;
     setReportMargins(&printer);
+    // The print dialog proposes the raw file's base name for a PDF, which
+    // carries the title and creator tolvik-info --report gives it.
+    printer.setDocName(rawFile->fileName());
+    printer.setCreator(reportCreator());
     QPrintPreviewDialog preview(&printer);
     connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
             [&report](QPrinter *target) { report.print(target); });
@@ -307,10 +349,28 @@ void MainWindow::on_actionAbout_Tolvik_triggered()
 
 // --- opening a file ---
 
+QString MainWindow::openStartFolder(const QString &shownFile, const QString &lastFolder)
+{
+    if (QFileInfo::exists(QStringLiteral("/Volumes")))
+        return lastFolder;
+    if (!shownFile.isEmpty())
+        return QFileInfo(shownFile).absolutePath();
+    if (QFileInfo(lastFolder).isDir())
+        return lastFolder;
+    // udisks mounts under /run/media/USER, or /media/USER on Debian.
+    const QString user = qEnvironmentVariable("USER", QDir::home().dirName());
+    for (const QString &media : {QStringLiteral("/run/media/"), QStringLiteral("/media/")}) {
+        if (QFileInfo(media + user).isDir())
+            return media + user;
+    }
+    return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+}
+
 void MainWindow::on_actionOpen_triggered()
 {
-    const QString path = QFileDialog::getOpenFileName(this, tr("Open DNG-File"), lastDirectory,
-                                                      tr("M9-Images (*.dng)"));
+    const QString path = QFileDialog::getOpenFileName(
+        this, tr("Open DNG-File"), openStartFolder(currentFileName, lastDirectory),
+        tr("M9-Images (*.dng)"));
     if (path.isEmpty())
         return;
     openFile(path);
@@ -329,7 +389,8 @@ void MainWindow::openFolder(const QString &path)
     if (!cardWindow) {
         cardWindow = new TCardWindow(this);
         cardWindow->setWindowFlag(Qt::Window);
-        connect(cardWindow, &TCardWindow::fileChosen, this, &MainWindow::openFile);
+        // Going through the card's rows browses it, as stepping does.
+        connect(cardWindow, &TCardWindow::fileChosen, this, &MainWindow::showFile);
         connect(cardWindow, &TCardWindow::fileActivated, this, [this] {
             raise();
             activateWindow();
@@ -338,6 +399,7 @@ void MainWindow::openFolder(const QString &path)
     cardWindow->openFolder(path);
     cardWindow->show();
     cardWindow->raise();
+    recentFiles.add(path);
 }
 
 QString MainWindow::neighbourFile(const QString &path, int direction)
@@ -369,7 +431,7 @@ void MainWindow::stepFile(int direction)
         return;
     const QString next = neighbourFile(currentFileName, direction);
     if (!next.isEmpty())
-        openFile(next);
+        showFile(next);
 }
 
 void MainWindow::on_actionCopy_triggered()
@@ -408,7 +470,7 @@ void MainWindow::dropEvent(QDropEvent *event)
         openFolder(folder);
 }
 
-void MainWindow::doProcess(QString path)
+bool MainWindow::doProcess(QString path)
 {
     delete rawFile;
     rawFile = nullptr;
@@ -421,13 +483,14 @@ void MainWindow::doProcess(QString path)
                         this);
         box.exec();
         rawFileShown = false;
-        return;
+        return false;
     }
     rawFileShown = true;
     updateAnzeige();
     updateBild();
     updateInfoBoxRGB();
     ui->tbtnOpenClose->setEnabled(true);
+    return true;
 }
 
 void MainWindow::updateAnzeige()

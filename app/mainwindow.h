@@ -13,6 +13,7 @@
 
 #include "documents/rgbdistribution.h"
 #include "exif/paneltexts.h"
+#include "recentfiles.h"
 
 #include <utility>
 
@@ -21,6 +22,7 @@ class QContextMenuEvent;
 class QDragEnterEvent;
 class QDropEvent;
 class TCardWindow;
+class QMenu;
 class TM9File;
 
 namespace Ui {
@@ -51,6 +53,12 @@ public:
     // the order tolvik-info reads a folder; empty at either end.
     static QString neighbourFile(const QString &path, int direction);
 
+    // Where File > Open... starts. Where the desktop mounts cards under
+    // "/Volumes": lastFolder. Elsewhere the folder of shownFile, else lastFolder
+    // when it exists, else the folder where the desktop mounts removable media
+    // for the user, else the Pictures folder.
+    static QString openStartFolder(const QString &shownFile, const QString &lastFolder);
+
     // Where "Save PreviewPicture..." proposes to write the preview of a raw
     // file: its folder, its name up to the first dot, ".jpg".
     static QString previewProposal(const QString &rawFilePath);
@@ -78,6 +86,7 @@ private slots:
 private:
     friend class TestPreview;
     friend class TestCommands;
+    friend class TestRecentFiles;
 
     void readSettings();
     void saveSettings();
@@ -85,7 +94,12 @@ private:
 
     void verarbeiteKontextMenu(QContextMenuEvent *event);
 
-    void doProcess(QString path);
+    void fillRecentMenu();
+    // Shows a file without counting it as opened (recent files, last folder):
+    // stepping through a folder or the card window's rows.
+    bool showFile(const QString &path);
+
+    bool doProcess(QString path);
     void stepFile(int direction);
     void updateAnzeige();
     void updateBild();
@@ -101,6 +115,8 @@ private:
     QString currentFileName;
     QString lastDirectory;
     QStringList programmListe;
+    TRecentFiles recentFiles;
+    QMenu *recentMenu = nullptr; // File > Open Recent
     bool panelOpen = false;
     QString shownRows; // the panel's rows as the clipboard gets them
 

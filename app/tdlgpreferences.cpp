@@ -6,6 +6,31 @@
 #include <QStandardPaths>
 #include <QStringListModel>
 
+namespace {
+
+// Where the program dialog starts: the applications folder where programs
+// are bundles with a dot in their names (macOS); elsewhere the folder of the
+// installed programs, whose names have no dot.
+QString programsFolder()
+{
+#ifdef Q_OS_MACOS
+    return QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation).value(0);
+#else
+    return QStringLiteral("/usr/bin");
+#endif
+}
+
+QString programFilter()
+{
+#ifdef Q_OS_MACOS
+    return TDlgPreferences::tr("Applications (*.*)");
+#else
+    return TDlgPreferences::tr("Applications (*)");
+#endif
+}
+
+} // namespace
+
 TDlgPreferences::TDlgPreferences(QWidget *parent, QList<QString> list)
     : QDialog(parent), ui(new Ui::TDlgPreferences), model(new QStringListModel(this))
 {
@@ -27,12 +52,8 @@ QStringList TDlgPreferences::programmListe() const
 
 void TDlgPreferences::on_pbAdd_clicked()
 {
-    // The dialog starts at the applications folder's display name, as the
-    // desktop calls it.
-    const QString path = QFileDialog::getOpenFileName(
-        this, tr("Select Program"),
-        QStandardPaths::displayName(QStandardPaths::ApplicationsLocation),
-        tr("Applications (*.*)"));
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Select Program"), programsFolder(), programFilter());
     if (path.isEmpty())
         return;
     const int row = model->rowCount();

@@ -177,6 +177,11 @@ QString reportHeaderText()
                     QLatin1String(maker::kWeb), QLatin1String(maker::kMail));
 }
 
+QString reportCreator()
+{
+    return QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion();
+}
+
 QList<TReportRow> reportRows(const TM9File &file, TValueStyle style)
 {
     const TExifValues &exif = file.exif();
@@ -272,6 +277,6 @@ bool writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style)
     writer.setPageSize(QPageSize(QPageSize::A4));
     setReportMargins(&writer);
     writer.setTitle(file.fileName());
-    writer.setCreator(QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion());
+    writer.setCreator(reportCreator());
     return report.print(&writer) > 0;
 }

@@ -13,11 +13,12 @@ TOLVIK_SANITIZER_PACKAGES=(clang libclang-rt-14-dev)
 TOLVIK_PACKAGES=(
     g++ cmake ninja-build
     qt6-base-dev qt6-base-dev-tools
-    qt6-image-formats-plugins # the TIFF icons of the window
     libimage-exiftool-perl    # the tests cross-check values with exiftool
     fonts-dejavu-core
     poppler-utils             # the report tests read the PDF back
     desktop-file-utils        # the tests validate the desktop entry
+    appstream                 # ... and the AppStream metadata
+    help2man                  # the manual pages, made from the programs' --help
 )
 
 ensure_packages() {

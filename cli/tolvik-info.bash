@@ -1,0 +1,39 @@
+# bash completion for tolvik-info                          -*- shell-script -*-
+# Installed as /usr/share/bash-completion/completions/tolvik-info.
+
+_tolvik_info()
+{
+    local cur prev words cword
+    _init_completion || return
+
+    case $prev in
+        -j)
+            # files at a time: 1 up to the number of processor cores
+            COMPREPLY=($(compgen -W "$(seq 1 "$(nproc 2>/dev/null || echo 4)")" -- "$cur"))
+            return
+            ;;
+        --report)
+            _filedir pdf
+            return
+            ;;
+        --sony-makernote)
+            # an offset in the file: nothing to offer
+            return
+            ;;
+        -h | --help | --version)
+            return
+            ;;
+    esac
+
+    if [[ $cur == -* ]]; then
+        COMPREPLY=($(compgen -W '--json --csv --all --preflight -j --report
+            --sony-makernote --help --version' -- "$cur"))
+        return
+    fi
+
+    # DNG files (in any letter case) and folders, which are searched for them
+    _filedir '[dD][nN][gG]'
+} &&
+    complete -F _tolvik_info tolvik-info
+
+# ex: filetype=sh

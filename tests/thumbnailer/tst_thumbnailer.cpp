@@ -1,0 +1,173 @@
+// tolvik-thumbnailer run by its entry's Exec line: a PNG of the preview,
+// upright and no larger than asked, for M9 and M Monochrom files; nothing
+// for any other file. In GNOME's sandbox too, which shows it only /usr, the
+// input file and a writable /tmp, and no display.
+
+#include "tests/support/samplem9.h"
+
+#include <QFile>
+#include <QImageReader>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace fixture;
+
+namespace {
+
+// A preview whose quarters tell which way it was turned.
+QImage quarters()
+{
+    QImage image(320, 240, QImage::Format_RGB32);
+    const QRgb colours[2][2] = {{qRgb(255, 0, 0), qRgb(0, 255, 0)},
+                                {qRgb(0, 0, 255), qRgb(255, 255, 255)}};
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, colours[y >= 120][x >= 160]);
+    }
+    return image;
+}
+
+// The entry's command, split into words; %s, %i and %o are filled in later.
+QStringList execLine()
+{
+    QFile entry(QStringLiteral(TOLVIK_THUMBNAILER_ENTRY));
+    if (!entry.open(QIODevice::ReadOnly | QIODevice::Text))
+        return {};
+    QStringList words;
+    for (const QString &line : QString::fromUtf8(entry.readAll()).split(QLatin1Char('\n'))) {
+        if (line.startsWith(QLatin1String("Exec=")))
+            words = line.mid(5).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    }
+    if (!words.isEmpty() && words.first() == QLatin1String("tolvik-thumbnailer"))
+        words.first() = QStringLiteral(TOLVIK_THUMBNAILER);
+    return words;
+}
+
+// What gnome-desktop's thumbnail script puts before the command: /usr
+// read-only, the input under /tmp, the output folder as /tmp, nothing shared.
+QStringList sandbox(const QString &input, const QString &outputFolder)
+{
+    QStringList args{"--ro-bind",       "/usr", "/usr", "--ro-bind-try", "/etc/ld.so.cache",
+                     "/etc/ld.so.cache"};
+    for (const QString dir : {"bin", "lib", "lib64", "sbin"}) {
+        const QFileInfo info(QLatin1Char('/') + dir);
+        if (info.isSymLink())
+            args += {"--symlink", info.symLinkTarget(), info.filePath()};
+        else if (info.exists())
+            args += {"--ro-bind", info.filePath(), info.filePath()};
+    }
+    args +=
+        {"--ro-bind-try", "/var/cache/fontconfig", "/var/cache/fontconfig", "--ro-bind-try",
+         "/etc/alternatives", "/etc/alternatives", "--proc", "/proc", "--dev", "/dev", "--chdir",
+         "/", "--setenv", "GIO_USE_VFS", "local", "--unshare-all", "--die-with-parent", "--bind",
+         outputFolder, "/tmp", "--ro-bind", input, "/tmp/gnome-desktop-file-to-thumbnail.dng",
+         // The program from the build tree; installed, it lies under /usr.
+         "--ro-bind", TOLVIK_THUMBNAILER, TOLVIK_THUMBNAILER};
+    return args;
+}
+
+bool sandboxWorks()
+{
+    if (!TOLVIK_SANDBOX_TESTS || QStandardPaths::findExecutable(QStringLiteral("bwrap")).isEmpty())
+        return false;
+    QProcess probe;
+    probe.start(QStringLiteral("bwrap"), {"--ro-bind", "/", "/", "--unshare-all", "true"});
+    return probe.waitForFinished() && probe.exitStatus() == QProcess::NormalExit &&
+           probe.exitCode() == 0;
+}
+
+} // namespace
+
+class TestThumbnailer : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void thumbnail_data();
+    void thumbnail();
+};
+
+void TestThumbnailer::thumbnail_data()
+{
+    QTest::addColumn<QByteArray>("model"); // empty: a file of random bytes
+    QTest::addColumn<int>("orientation");
+    QTest::addColumn<int>("size");
+    QTest::addColumn<bool>("sandboxed");
+    QTest::addColumn<QSize>("expected"); // invalid: no thumbnail
+    QTest::addColumn<QColor>("topLeft"); // the upright picture's top-left quarter
+
+    const QByteArray m9 = "M9 Digital Camera";
+    const QColor red(255, 0, 0), green(0, 255, 0), blue(0, 0, 255);
+    QTest::newRow("as it is, large") << m9 << 1 << 256 << false << QSize(256, 192) << red;
+    QTest::newRow("6: turned clockwise") << m9 << 6 << 128 << false << QSize(96, 128) << blue;
+    QTest::newRow("8: turned counter-clockwise, Monochrom")
+        << QByteArray("M Monochrom") << 8 << 128 << false << QSize(96, 128) << green;
+    QTest::newRow("never enlarged") << m9 << 1 << 1024 << false << QSize(320, 240) << red;
+    QTest::newRow("another camera: nothing")
+        << QByteArray("M8 Digital Camera") << 1 << 256 << false << QSize() << QColor();
+    QTest::newRow("not a raw file: nothing")
+        << QByteArray() << 1 << 256 << false << QSize() << QColor();
+    QTest::newRow("sandboxed as GNOME runs it")
+        << m9 << 6 << 256 << true << QSize(192, 256) << blue;
+    QTest::newRow("sandboxed, another camera: nothing")
+        << QByteArray("M8 Digital Camera") << 1 << 256 << true << QSize() << QColor();
+}
+
+void TestThumbnailer::thumbnail()
+{
+    QFETCH(QByteArray, model);
+    QFETCH(int, orientation);
+    QFETCH(int, size);
+    QFETCH(bool, sandboxed);
+    QFETCH(QSize, expected);
+    QFETCH(QColor, topLeft);
+    if (sandboxed && !sandboxWorks())
+        QSKIP("bwrap cannot make a sandbox here");
+
+    QTemporaryDir input, output;
+    SampleM9 options;
+    options.model = model;
+    options.orientation = quint16(orientation);
+    options.preview = quarters();
+    const QByteArray bytes = model.isEmpty() ? QByteArray(4000, '\x42') : sampleM9Dng(options);
+    const QString raw = input.filePath(QStringLiteral("L1002622.DNG"));
+    QVERIFY(writeFile(raw, bytes));
+    const QString png = output.filePath(QStringLiteral("gnome-desktop-thumbnailer.png"));
+
+    QStringList command = execLine();
+    QCOMPARE(command.size(), 5);
+    const QString in = sandboxed ? QStringLiteral("/tmp/gnome-desktop-file-to-thumbnail.dng") : raw;
+    const QString out = sandboxed ? QStringLiteral("/tmp/gnome-desktop-thumbnailer.png") : png;
+    command.replaceInStrings(QStringLiteral("%s"), QString::number(size));
+    command.replaceInStrings(QStringLiteral("%i"), in);
+    command.replaceInStrings(QStringLiteral("%o"), out);
+    if (sandboxed)
+        command = sandbox(raw, output.path()) + command;
+
+    QProcess process;
+    // Whatever display the tests have, the factory's sandbox shows none.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    process.setProcessEnvironment(environment);
+    const QString program = sandboxed ? QStringLiteral("bwrap") : command.takeFirst();
+    process.start(program, command);
+    QVERIFY(process.waitForFinished(30000));
+    const QByteArray err = process.readAllStandardError();
+
+    QImageReader reader(png);
+    if (!expected.isValid()) {
+        QVERIFY(process.exitCode() != 0);
+        QVERIFY(!QFile::exists(png));
+        return;
+    }
+    QVERIFY2(process.exitCode() == 0, err.constData());
+    QVERIFY2(err.isEmpty(), err.constData());
+    QCOMPARE(reader.format(), QByteArray("png"));
+    const QImage thumbnail = reader.read();
+    QCOMPARE(thumbnail.size(), expected);
+    QCOMPARE(thumbnail.pixelColor(expected.width() / 4, expected.height() / 4), topLeft);
+}
+
+QTEST_GUILESS_MAIN(TestThumbnailer)
+#include "tst_thumbnailer.moc"
