@@ -29,6 +29,7 @@
 #include <QPixmap>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QPrinterInfo>
 #include <QProcess>
 #include <QSettings>
 #include <QShortcut>
@@ -301,10 +302,17 @@ void MainWindow::on_actionPrint_triggered()
     const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage(), valueStyle());
     QPrinter printer;
     setReportMargins(&printer);
-    // The print dialog proposes the raw file's base name for a PDF, which
-    // carries the title and creator tolvik-info --report gives it.
+    // A PDF carries the title and creator tolvik-info --report gives it, and
+    // is proposed under the raw file's base name: by the print dialog, which
+    // proposes the document's name for one; without a printer, where the
+    // preview only exports a PDF, beside the raw file.
     printer.setDocName(rawFile->fileName());
     printer.setCreator(reportCreator());
+    if (QPrinterInfo::availablePrinterNames().isEmpty()) {
+        const QFileInfo raw(currentFileName);
+        printer.setOutputFileName(raw.absolutePath() + QLatin1Char('/') + raw.baseName() +
+                                  QStringLiteral(".pdf"));
+    }
     QPrintPreviewDialog preview(&printer);
     connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
             [&report](QPrinter *target) { report.print(target); });

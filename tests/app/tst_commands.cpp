@@ -21,10 +21,14 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QPrintDialog>
 #include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QPrinterInfo>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 
 namespace {
@@ -89,6 +93,8 @@ private slots:
 
     void previewProposal_data();
     void previewProposal();
+    void openStartFolder_data();
+    void openStartFolder();
     void about();
     void stepThroughFolder_data();
     void stepThroughFolder();
@@ -200,12 +206,15 @@ void TestCommands::preferences()
     QSettings().setValue(QStringLiteral("OtherSettings/programmListe"),
                          QStringList{"/usr/bin/gimp", "/usr/bin/darktable"});
     MainWindow window;
+    QString startedIn;
     apptest::whenModal<TDlgPreferences>([&](TDlgPreferences *dialog) {
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Dialog"));
         for (const QChar step : steps) {
             if (step == QLatin1Char('a')) {
-                apptest::whenModal<QFileDialog>(
-                    [&program](QFileDialog *files) { chooseFile(files, program); });
+                apptest::whenModal<QFileDialog>([&](QFileDialog *files) {
+                    startedIn = files->directory().absolutePath();
+                    chooseFile(files, program);
+                });
                 dialog->findChild<QPushButton *>(QStringLiteral("pbAdd"))->click();
             } else if (step == QLatin1Char('s')) {
                 auto *list = dialog->findChild<QListView *>(QStringLiteral("listView"));
@@ -219,6 +228,9 @@ void TestCommands::preferences()
     });
     window.findChild<QAction *>(QStringLiteral("actionPreferences"))->trigger();
     QCOMPARE(window.programmListe, result);
+    // Where the programs are, not a folder's name typed into the name field.
+    if (steps.contains(QLatin1Char('a')))
+        QCOMPARE(startedIn, QStringLiteral("/usr/bin"));
 }
 
 void TestCommands::previewProposal_data()
@@ -234,6 +246,36 @@ void TestCommands::previewProposal()
 {
     QFETCH(QString, raw);
     QTEST(MainWindow::previewProposal(raw), "proposal");
+}
+
+void TestCommands::openStartFolder_data()
+{
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("last");
+    QTest::addColumn<QString>("start"); // empty: where removable media are, else Pictures
+    const QString existing = QDir::tempPath();
+    QTest::newRow("the shown file's folder") << "/p/q/L1.DNG" << existing << "/p/q";
+    QTest::newRow("no file: the folder last used") << "" << existing << existing;
+    QTest::newRow("folder last used gone") << ""
+                                           << "/Volumes"
+                                           << "";
+}
+
+void TestCommands::openStartFolder()
+{
+    QFETCH(QString, shown);
+    QFETCH(QString, last);
+    QFETCH(QString, start);
+    if (QFileInfo::exists(QStringLiteral("/Volumes")))
+        QSKIP("this desktop mounts cards under /Volumes: the dialog starts in the last folder");
+    const QString user = qEnvironmentVariable("USER", QDir::home().dirName());
+    const QStringList fallbacks{"/run/media/" + user, "/media/" + user,
+                                QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)};
+    const QString folder = MainWindow::openStartFolder(shown, last);
+    if (start.isEmpty())
+        QVERIFY2(fallbacks.contains(folder), qPrintable(folder));
+    else
+        QCOMPARE(folder, start);
 }
 
 void TestCommands::about()
@@ -298,27 +340,44 @@ void TestCommands::stepThroughFolder()
 }
 
 // Without a file, Print and Copy do nothing; with one, Print shows the preview
-// and Copy puts the panel's rows on the clipboard.
+// and Copy puts the panel's rows on the clipboard. Printed to a PDF from the
+// preview where there is no printer, the report is proposed beside the raw
+// file and titled and signed as tolvik-info --report does it.
 void TestCommands::printAndCopyNeedAFile()
 {
+    if (!QPrinterInfo::availablePrinterNames().isEmpty())
+        QSKIP("a printer is installed: the preview would offer it");
     MainWindow window;
-    bool previewShown = false;
-    auto closePreview = [&previewShown](QPrintPreviewDialog *dialog) {
-        previewShown = true;
+    const QString path = apptest::writeSample(m_files, QStringLiteral("L1000777.DNG"));
+    const QString pdf = m_files.filePath(QStringLiteral("L1000777.pdf"));
+    QString previewedFile, proposed;
+    // The one preview expected: the first Print has no file to show.
+    apptest::whenModal<QPrintPreviewDialog>([&](QPrintPreviewDialog *dialog) {
+        previewedFile = window.currentFileName;
+        QCOMPARE(dialog->printer()->docName(), QStringLiteral("L1000777.DNG"));
+        apptest::whenModal<QPrintDialog>([&](QPrintDialog *print) {
+            proposed = print->findChild<QLineEdit *>(QStringLiteral("filename"))->text();
+            print->accept();
+        });
+        for (QAction *action : dialog->findChildren<QAction *>()) {
+            if (action->text() == QLatin1String("Print"))
+                action->trigger();
+        }
         dialog->reject();
-    };
+    });
     QGuiApplication::clipboard()->setText(QStringLiteral("before"));
-    apptest::whenModal<QPrintPreviewDialog>(closePreview);
     window.findChild<QAction *>(QStringLiteral("actionPrint"))->trigger();
     window.findChild<QAction *>(QStringLiteral("actionCopy"))->trigger();
-    QVERIFY(!previewShown);
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
 
-    const QString path = apptest::writeSample(m_files, QStringLiteral("L1000777.DNG"));
     window.openFile(path);
-    apptest::whenModal<QPrintPreviewDialog>(closePreview);
     window.findChild<QAction *>(QStringLiteral("actionPrint"))->trigger();
-    QVERIFY(previewShown);
+    QCOMPARE(previewedFile, path);
+    QCOMPARE(proposed, pdf);
+    const QString info = run(QStringLiteral("pdfinfo"), {pdf});
+    QVERIFY2(info.contains(QRegularExpression("Title: +L1000777.DNG\n")) &&
+                 info.contains(QRegularExpression("Creator: +Tolvik 0.6.2\n")),
+             qPrintable(info));
     window.findChild<QAction *>(QStringLiteral("actionCopy"))->trigger();
     const QStringList lines = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
 
