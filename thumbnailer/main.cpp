@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QImage>
+#include <QImageWriter>
 #include <QUrl>
 
 #include <cstdio>
@@ -20,6 +21,10 @@ namespace {
 
 // What the thumbnail factories ask when they do not say (the "large" size).
 constexpr int kDefaultSize = 256;
+// Qt's PNG quality (100 - compression effort): Qt's default compresses
+// hardest, which took 37 ms for a 256 x 192 thumbnail; 80 takes 3 ms for a
+// file a sixth larger (80 KB).
+constexpr int kPngQuality = 80;
 
 void describe(QCommandLineParser &parser, const QCommandLineOption &size)
 {
@@ -70,6 +75,11 @@ int main(int argc, char *argv[])
     // the sandbox hides its configuration).
     qputenv("QT_QPA_PLATFORM", "minimal");
     QGuiApplication app(argc, argv);
+    // With its platform loaded, it needs no plugin: the preview is built from
+    // the file's RGB strip and the PNG written by Qt's own handler. Without
+    // this, writing the PNG loads every image-format plugin (and libtiff,
+    // libwebp, ...) to ask whether one would write PNG: a third of the time.
+    QCoreApplication::setLibraryPaths({});
     QCoreApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
 
     const QCommandLineOption sizeOption(
@@ -107,7 +117,9 @@ int main(int argc, char *argv[])
         picture = picture.scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 
     const QString output = localPath(paths[1]);
-    if (!picture.save(output, "PNG")) {
+    QImageWriter writer(output, "png");
+    writer.setQuality(kPngQuality);
+    if (!writer.write(picture)) {
         QFile::remove(output); // no half-written picture
         std::fprintf(stderr, "tolvik-thumbnailer: cannot write %s\n", qPrintable(output));
         return 1;
