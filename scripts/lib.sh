@@ -19,6 +19,7 @@ TOLVIK_PACKAGES=(
     desktop-file-utils        # the tests validate the desktop entry
     appstream                 # ... and the AppStream metadata
     help2man                  # the manual pages, made from the programs' --help
+    bubblewrap                # the thumbnailer test runs it as GNOME's sandbox
 )
 
 ensure_packages() {
