@@ -12,7 +12,7 @@ _tolvik_info()
             COMPREPLY=($(compgen -W "$(seq 1 "$(nproc 2>/dev/null || echo 4)")" -- "$cur"))
             return
             ;;
-        --report)
+        --report | --contact-sheet)
             _filedir pdf
             return
             ;;
@@ -26,8 +26,8 @@ _tolvik_info()
     esac
 
     if [[ $cur == -* ]]; then
-        COMPREPLY=($(compgen -W '--json --csv --all --preflight -j --report
-            --sony-makernote --help --version' -- "$cur"))
+        COMPREPLY=($(compgen -W '--json --csv --stats --exact --all --preflight -j
+            --report --contact-sheet --sony-makernote --help --version' -- "$cur"))
         return
     fi
 

@@ -20,6 +20,7 @@ TOLVIK_PACKAGES=(
     appstream                 # ... and the AppStream metadata
     help2man                  # the manual pages, made from the programs' --help
     bubblewrap                # the thumbnailer test runs it as GNOME's sandbox
+    bash-completion           # the test of tolvik-info's completion
 )
 
 ensure_packages() {

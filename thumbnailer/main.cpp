@@ -9,8 +9,8 @@
 #include "rawfile/tm9file.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QFile>
-#include <QGuiApplication>
 #include <QImage>
 #include <QImageWriter>
 #include <QUrl>
@@ -70,15 +70,13 @@ QString localPath(const QString &argument)
 int main(int argc, char *argv[])
 {
     qInstallMessageHandler(keepOwnMessages);
-    // Nothing is shown and no text drawn: the minimal platform needs no display
-    // and, unlike the offscreen one, no fonts (fontconfig would complain that
-    // the sandbox hides its configuration).
-    qputenv("QT_QPA_PLATFORM", "minimal");
-    QGuiApplication app(argc, argv);
-    // With its platform loaded, it needs no plugin: the preview is built from
-    // the file's RGB strip and the PNG written by Qt's own handler. Without
-    // this, writing the PNG loads every image-format plugin (and libtiff,
-    // libwebp, ...) to ask whether one would write PNG: a third of the time.
+    // Pictures as images only, no pixmap and no text: no platform, so no
+    // display and no fonts are needed.
+    QCoreApplication app(argc, argv);
+    // Nor any plugin: the preview is built from the file's RGB strip and the
+    // PNG written by Qt's own handler. Without this, writing the PNG loads
+    // every image-format plugin (and libtiff, libwebp, ...) to ask whether
+    // one would write PNG: a third of the time.
     QCoreApplication::setLibraryPaths({});
     QCoreApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
 
@@ -108,7 +106,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "%s: not a Leica M9 or M Monochrom DNG\n", qPrintable(input));
         return 1;
     }
-    QImage picture = uprightPreview(file);
+    QImage picture = turnedByOrientation(file.previewPicture(), file.exif().orientation);
     if (picture.isNull()) {
         std::fprintf(stderr, "%s: no preview picture\n", qPrintable(input));
         return 1;
