@@ -15,7 +15,6 @@ class TestRecentFiles : public QObject {
 
 private slots:
     void initTestCase();
-    void init();
     void list_data();
     void list();
     void menu();
@@ -33,11 +32,6 @@ void TestRecentFiles::initTestCase()
          QStringLiteral("a b c 1 2 3 4 5 6 7 8 9 10 11 12").split(QLatin1Char(' ')))
         QVERIFY(!apptest::writeBytes(m_files, name, "x").isEmpty());
     QVERIFY(QDir(m_files.path()).mkdir(QStringLiteral("card")));
-}
-
-void TestRecentFiles::init()
-{
-    QSettings().clear();
 }
 
 void TestRecentFiles::list_data()
@@ -68,6 +62,7 @@ void TestRecentFiles::list_data()
 void TestRecentFiles::list()
 {
     QFETCH(QString, added);
+    QSettings().clear();
     QDir::setCurrent(m_files.path()); // relative names are stored absolute
     TRecentFiles recent;
     for (const QString &name : added.split(QLatin1Char(' '))) {
@@ -91,6 +86,7 @@ void TestRecentFiles::list()
 // the menu.
 void TestRecentFiles::menu()
 {
+    QSettings().clear();
     QTemporaryDir folder;
     const QString first = apptest::writeSample(folder, QStringLiteral("L1.DNG"));
     const QString second = apptest::writeSample(folder, QStringLiteral("L2.DNG"));
