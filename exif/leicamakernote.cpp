@@ -12,7 +12,7 @@ void TM9File::processMakerNoteLeica()
     const qint64 base = m_exif.makerNotePosition;
 
     r.skip(8); // "LEICA0\3\0"
-    const qint16 entryCount = r.readS16();
+    const int entryCount = int(r.entriesInData(quint32(qMax<qint16>(r.readS16(), 0))));
     for (int i = 0; i < entryCount; ++i) {
         const quint16 tag = quint16(r.readS16());
         const quint16 type = quint16(r.readS16());

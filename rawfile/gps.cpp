@@ -19,7 +19,7 @@ void TM9File::processGPSInfoIFD()
         readRationalArray(qint64(r.readU32()) + m_tiffBase, out);
     };
 
-    const quint16 entryCount = r.readU16();
+    const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
         const quint16 tag = r.readU16();
         const quint16 type = r.readU16();

@@ -110,7 +110,7 @@ void TM9File::processIFD()
         out[1] = r.readU16();
     };
 
-    const quint16 entryCount = r.readU16();
+    const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
         const TEntryHead entry = readEntryHead(r, length, &exifTagName);
         const quint16 tag = entry.tag;

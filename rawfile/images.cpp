@@ -88,8 +88,8 @@ void TM9File::extractFullSizeImage(QPixmap *target)
     std::unique_ptr<QPixmap> picture;
     if (hasFullSizeImage() && m_fileTyp == 1)
         picture.reset(extractJPEGImage(m_exif.stripOffsets, m_exif.stripByteCounts));
-    else if (m_fileTyp == 2 && m_file)
-        picture.reset(extractJPEGImage(0, quint32(qMin<qint64>(m_file->size(), UINT_MAX))));
+    else if (m_fileTyp == 2)
+        picture.reset(extractJPEGImage(0, quint32(qMin<qint64>(m_fileSize, UINT_MAX))));
 }
 
 QPixmap *TM9File::previewImage()

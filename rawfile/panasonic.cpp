@@ -11,7 +11,7 @@ void TM9File::processPanasonicSubDirIFD()
     // Offsets in these directories count from the maker note's start.
     const qint64 base = m_exif.makerNotePosition;
 
-    const quint16 entryCount = r.readU16();
+    const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
         const quint16 tag = readEntryHead(r, length, &leicaTagName).tag;
 

@@ -87,7 +87,7 @@ bool TM9File::processFilePreflight()
 void TM9File::processIFDPreflight()
 {
     TByteReader &r = m_reader;
-    const quint16 entryCount = r.readU16();
+    const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
         const quint16 tag = r.readU16();
         r.skip(6); // type and count

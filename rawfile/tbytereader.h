@@ -18,6 +18,7 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <algorithm>
 #include <array>
 
 class QFile;
@@ -32,6 +33,16 @@ public:
     void setBigEndian(bool bigEndian) { m_bigEndian = bigEndian; }
 
     qint64 pos() const { return m_pos; }
+    qint64 size() const { return m_size; }
+
+    // Of count directory entries from the cursor on, those that begin inside
+    // the data: the ones past its end would read as zeros, so a walker stops
+    // there instead of reading up to 65,535 entries of nothing.
+    quint32 entriesInData(quint32 count) const
+    {
+        const qint64 left = m_size - m_pos;
+        return left <= 0 ? 0 : quint32(std::min<qint64>(count, (left + 11) / 12));
+    }
     void seek(qint64 position) { m_pos = position; }
     void skip(qint64 count)
     {

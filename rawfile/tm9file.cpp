@@ -12,6 +12,11 @@ TM9File::TM9File(QString path) : m_path(std::move(path)), m_file(std::make_uniqu
     openFile();
 }
 
+TM9File::TM9File(QString path, QByteArray bytes)
+    : m_path(std::move(path)), m_bytes(std::move(bytes)), m_fileSize(m_bytes.size())
+{
+}
+
 TM9File::~TM9File()
 {
     closeData();
@@ -50,6 +55,8 @@ void TM9File::openData()
     openFile();
     if (m_file && m_file->isOpen())
         m_reader.setFile(m_file.get(), m_fileSize); // read in blocks as the walk reaches them
+    else if (!m_file)
+        m_reader.setData(reinterpret_cast<const uchar *>(m_bytes.constData()), m_bytes.size());
     m_reader.setBudget(limits::kReadBudget);
     m_directoriesWalked = 0;
     m_reader.setBigEndian(true);
@@ -108,12 +115,7 @@ bool TM9File::processFile()
         walkChain(&TM9File::processIFD);
     }
 
-    for (const quint32 position : m_panasonicSubDir) {
-        if (position != 0) {
-            m_reader.seek(position);
-            processPanasonicSubDirIFD();
-        }
-    }
+    walkPanasonicSubDirs();
 
     if (!isValidModel()) {
         closeData();
@@ -122,6 +124,16 @@ bool TM9File::processFile()
     m_previewFound = m_fileTyp == 1; // made when first asked for
     closeData();
     return true;
+}
+
+void TM9File::walkPanasonicSubDirs()
+{
+    for (const quint32 position : m_panasonicSubDir) {
+        if (position != 0) {
+            m_reader.seek(position);
+            processPanasonicSubDirIFD();
+        }
+    }
 }
 
 void TM9File::walkChain(void (TM9File::*walker)())

@@ -20,6 +20,7 @@
 #include "rawfile/tbytereader.h"
 #include "rawfile/tm9values.h"
 
+#include <QByteArray>
 #include <QSet>
 #include <QSize>
 #include <QString>
@@ -28,7 +29,6 @@
 #include <memory>
 
 class QImage;
-class QByteArray;
 class QFile;
 class QPixmap;
 struct TSony2010Layout;
@@ -37,6 +37,9 @@ class TM9File {
 public:
     TM9File();
     explicit TM9File(QString path);
+    // A file whose bytes are already in memory, under the given name; it
+    // reads as the file would.
+    TM9File(QString path, QByteArray bytes);
     ~TM9File();
     TM9File(const TM9File &) = delete;
     TM9File &operator=(const TM9File &) = delete;
@@ -298,12 +301,14 @@ private:
     QSize checkedPreviewSize() const; // IFD0's picture size, empty for one no preview can be
     void walkChain(void (TM9File::*walker)());
     void walkNestedIfd(qint64 position, void (TM9File::*walker)());
+    void walkPanasonicSubDirs(); // those the Leica maker note pointed to
     QByteArray readSonyBlock(qint64 position, quint64 length);
     void verarbeiteSony2010Tags(const QByteArray &block, const TSony2010Layout &layout);
 
     // File access
     QString m_path;
     std::unique_ptr<QFile> m_file;
+    QByteArray m_bytes;    // the file in memory, when there is no QFile
     qint64 m_fileSize = 0; // when it was opened
     TByteReader m_reader;
 

@@ -159,7 +159,7 @@ void TM9File::processMakerNoteSony()
         r.seek(back);
     };
 
-    const quint16 entryCount = r.readU16();
+    const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
         const TEntryHead entry = readEntryHead(r, entryLength, &sonyTagName, QLatin1Char('0'));
         const quint64 length = entryLength.current();

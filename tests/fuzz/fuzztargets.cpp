@@ -1,15 +1,50 @@
 #include "tests/fuzz/fuzztargets.h"
 
-#include "documents/treport.h"
 #include "cli/queries.h"
 #include "cli/sonymakernote.h"
+#include "documents/rgbdistribution.h"
+#include "documents/treport.h"
+#include "documents/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 
-#include <QByteArray>
+#include <QBuffer>
 #include <QFile>
 #include <QGuiApplication>
+#include <QPdfWriter>
+#include <QPixmap>
 #include <QTemporaryDir>
+
+// The reader's private walkers, driven on a directory at offset 0 of the bytes.
+class TM9FileTestAccess {
+public:
+    // Bit 0 of flags: big-endian. The directory lies at offset 0, or where
+    // a TIFF header's first-IFD offset points.
+    static void walk(TM9File &file, quint8 flags, void (TM9File::*walker)(), bool fromHeader)
+    {
+        file.openData();
+        file.m_bigEndian = flags & 1;
+        file.m_reader.setBigEndian(file.m_bigEndian);
+        file.m_exif.model = QStringLiteral("M9 Digital Camera");
+        file.m_reader.seek(4);
+        file.walkNestedIfd(fromHeader ? file.m_reader.readU32() : 0, walker);
+        file.walkPanasonicSubDirs();
+        file.closeData();
+    }
+    // The preview and the JPEG thumbnail both start at offset 2; the whole is a JPEG file.
+    static void setPictures(TM9File &file, const uint8_t *data, quint32 size)
+    {
+        TExifValues &exif = file.m_exif;
+        exif.imageWidth = data[0] % 64 + 1;
+        exif.imageLength = data[1] % 64 + 1;
+        exif.orientation = data[0] >> 5; // 0 to 7; the turns are 1, 3, 6 and 8
+        exif.stripOffsets = exif.thumbnailOffset = 2;
+        exif.stripByteCounts = exif.thumbnailLength = size - 2;
+        file.m_previewFound = true;
+        file.m_thumbnailSize = QSize(1, 1);
+        file.m_fileTyp = 2;
+    }
+};
 
 namespace fuzz {
 
@@ -30,14 +65,33 @@ const QTemporaryDir &scratch()
     return dir;
 }
 
-// The bytes as the scratch file, rewritten for every input; returns its path.
-QString writeInput(const uint8_t *data, size_t size)
+QByteArray bytes(const uint8_t *data, size_t size)
 {
-    const QString path = scratch().filePath(QStringLiteral("input.dng"));
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(reinterpret_cast<const char *>(data), qint64(size));
-    return path;
+    return QByteArray(reinterpret_cast<const char *>(data), qsizetype(size));
+}
+
+// The file in memory, under a name; the application for the pictures made.
+TM9File inMemory(const uint8_t *data, size_t size)
+{
+    scratch();
+    return TM9File(QStringLiteral("input.dng"), bytes(data, size));
+}
+
+void everyValue(const TM9File &file)
+{
+    for (const TQuery &query : allQueries())
+        query.value(file);
+    for (const TQuery &field : storedValues())
+        field.value(file);
+    panelRows(panelTexts(file));
+    panelTexts(file, TValueStyle::Exact);
+}
+
+// Qt's decoders and scaling cost in proportion to the pixels; a large
+// picture is fuzzed for its header alone.
+bool small(QSize size)
+{
+    return size.isValid() && qint64(size.width()) * size.height() <= 128 * 128;
 }
 
 using Routine = void (TM9File::*)(const QByteArray &);
@@ -57,19 +111,61 @@ constexpr Routine kRoutines[] = {
 
 void reader(const uint8_t *data, size_t size)
 {
-    const QString path = writeInput(data, size);
+    const QString path = scratch().filePath(QStringLiteral("input.dng"));
+    QFile out(path);
+    if (out.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        out.write(bytes(data, size));
+    out.close();
     TM9File loaded(path);
     loaded.processFile();
-    for (const TQuery &query : allQueries())
-        query.value(loaded);
-    for (const TQuery &field : storedValues())
-        field.value(loaded);
-    panelRows(panelTexts(loaded));
-    loaded.previewImageScaled(64, 0);
+    everyValue(loaded);
+    if (small(loaded.previewSize()))
+        loaded.previewImageScaled(64, 0);
 
     TM9File preflight(path);
     preflight.processFilePreflight();
-    preflight.thumbnailImage(); // made on first use, from the header the pass read
+    if (small(preflight.thumbnailSize()))
+        preflight.thumbnailImage();
+}
+
+void ifd(const uint8_t *data, size_t size)
+{
+    TM9File file = inMemory(data, size);
+    file.processFile();
+    everyValue(file);
+    TM9File preflight = inMemory(data, size);
+    preflight.processFilePreflight();
+}
+
+void exifGps(const uint8_t *data, size_t size)
+{
+    if (size < 1)
+        return;
+    TM9File file = inMemory(data + 1, size - 1);
+    TM9FileTestAccess::walk(file, data[0],
+                            data[0] & 2 ? &TM9File::processGPSInfoIFD : &TM9File::processIFD, true);
+    everyValue(file);
+}
+
+void leica(const uint8_t *data, size_t size)
+{
+    if (size < 1)
+        return;
+    TM9File file = inMemory(data + 1, size - 1);
+    TM9FileTestAccess::walk(file, data[0], &TM9File::processMakerNoteLeica, false);
+    everyValue(file);
+}
+
+void pictures(const uint8_t *data, size_t size)
+{
+    if (size < 2)
+        return;
+    TM9File file = inMemory(data, size);
+    TM9FileTestAccess::setPictures(file, data, quint32(size));
+    file.previewImageScaled(int(data[1]), 0);
+    uprightPreview(file);
+    file.thumbnailImage();
+    file.extractFullSizeImage(nullptr);
 }
 
 void sonyMakerNote(const uint8_t *data, size_t size)
@@ -78,7 +174,7 @@ void sonyMakerNote(const uint8_t *data, size_t size)
         return;
     const quint32 offset =
         quint32(data[0]) | quint32(data[1]) << 8 | quint32(data[2]) << 16 | quint32(data[3]) << 24;
-    TM9File file(writeInput(data + 4, size - 4));
+    TM9File file = inMemory(data + 4, size - 4);
     if (!file.processSonyMakerNoteAt(offset))
         return;
     for (const TQuery &query : sonyQueries())
@@ -92,7 +188,7 @@ void sonyBlocks(const uint8_t *data, size_t size)
     if (size < 1)
         return;
     const Routine routine = kRoutines[data[0] % std::size(kRoutines)];
-    QByteArray block(reinterpret_cast<const char *>(data + 1), qsizetype(size - 1));
+    QByteArray block = bytes(data + 1, size - 1);
     TM9File::decipher(reinterpret_cast<unsigned char *>(block.data()), int(block.size()));
 
     // The model groups take any text; the block's start serves as one.
@@ -111,9 +207,21 @@ void sonyBlocks(const uint8_t *data, size_t size)
 
 void report(const uint8_t *data, size_t size)
 {
-    TM9File file(writeInput(data, size));
-    if (file.processFile() && file.hasPreviewImage())
-        writeReportPdf(file, scratch().filePath(QStringLiteral("report.pdf")));
+    TM9File file = inMemory(data, size);
+    if (!file.processFile() || !small(file.previewSize()) || !file.previewImage())
+        return;
+    TRgbDistribution distribution;
+    distribution.add(file.previewImage());
+    const TValueStyle style = TValueStyle(size % 2);
+    reportRows(file, style);
+    const TReport report(file, distribution.picture(), style);
+    if (data[size - 1] % reportPaintedOneIn != 0)
+        return;
+    QBuffer pdf;
+    pdf.open(QIODevice::WriteOnly);
+    QPdfWriter writer(&pdf);
+    writer.setResolution(72); // the same layout, with fewer pixels to paint
+    report.print(&writer);
 }
 
 } // namespace fuzz

@@ -100,6 +100,12 @@ int main(int argc, char *argv[])
         add("reader", o + QStringLiteral("-m9.dng"), m9(order, false));
         add("reader", o + QStringLiteral("-m9-thumbnail-gps.dng"), m9(order, true));
         add("report", o + QStringLiteral("-m9-thumbnail-gps.dng"), m9(order, true));
+        const char flag = order == Order::Big ? 1 : 0; // the narrow targets' byte order
+        SampleM9 options;
+        options.order = order;
+        add("exifgps", o + QStringLiteral("-ifd0.bin"), flag + m9(order, true));
+        add("exifgps", o + QStringLiteral("-gps.bin"), char(flag | 2) + tiff(order, gpsIfd()));
+        add("leica", o + QStringLiteral("-makernote.bin"), flag + leicaNote(options));
         add("reader", o + QStringLiteral("-sony.arw"), sonyArw("ILCE-9", sonyNote(), order).data);
         for (const char *model : {"ILCE-7M2", "ILCE-7RM2", "ILCE-9", "DSC-RX100"}) {
             add("sonymakernote", QStringLiteral("%1-%2.bin").arg(o, QLatin1String(model)),
@@ -110,6 +116,15 @@ int main(int argc, char *argv[])
     add("reader", QStringLiteral("exif-in-jpeg.jpg"), jpegWithExif(m9(Order::Little, false), true));
     add("report", QStringLiteral("be-monochrom-turned.dng"),
         m9(Order::Big, false, "M Monochrom", 6));
+    // Width, height (and orientation in the top bits) before the strip; a JPEG.
+    for (const int orientation : {1, 6, 8})
+        add("pictures", QStringLiteral("strip-%1.bin").arg(orientation),
+            QByteArray{char(orientation << 5 | 15), 11} + pattern(16 * 12 * 3, orientation));
+    add("pictures", QStringLiteral("jpeg.bin"), QByteArray(2, '\7') + jpegPicture(8, 8, 0x336699));
+    // The whole-file targets share their seeds.
+    for (const auto &[name, bytes] : QList(files))
+        if (name.startsWith(QLatin1String("reader/")))
+            files.append({QStringLiteral("ifd/") + name.mid(7), bytes});
     // Routines in the order of the block target's table, each with a block
     // large enough for all its fields.
     const int blockSizes[] = {6400, 6400, 6400, 320, 320, 90, 1500, 64, 32, 64, 1600, 64, 64, 100};

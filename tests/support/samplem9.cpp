@@ -57,6 +57,8 @@ QByteArray packRgb(const QImage &picture)
     return out;
 }
 
+} // namespace
+
 QByteArray leicaNote(const SampleM9 &o)
 {
     auto d3000 = Ifd::make(), d3100 = Ifd::make(), d3400 = Ifd::make(), d3900 = Ifd::make();
@@ -102,6 +104,8 @@ IfdPtr gpsIfd()
     gps->ascii(0x0012, "WGS-84").ascii(0x001D, "2012:06:17");
     return gps;
 }
+
+namespace {
 
 IfdPtr rawIfd(const SampleM9 &o)
 {

@@ -35,6 +35,8 @@ struct SampleM9 {
 QImage sampleScene(); // the 320 x 240 preview
 IfdPtr sampleIfd0(const SampleM9 &options);
 QByteArray sampleM9Dng(const SampleM9 &options = {});
+QByteArray leicaNote(const SampleM9 &options); // the Exif maker note, offsets from its start
+IfdPtr gpsIfd();
 
 // A small M9 file without maker note: Make and Model in IFD0, an Exif IFD,
 // and the entries build adds to each.

@@ -1,9 +1,0 @@
-// libFuzzer target: fuzz::sonyBlocks (tests/fuzz/fuzztargets.h).
-
-#include "tests/fuzz/fuzztargets.h"
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
-{
-    fuzz::sonyBlocks(data, size);
-    return 0;
-}
