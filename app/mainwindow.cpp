@@ -2,6 +2,7 @@
 #include "ui_mainwindow.h"
 
 #include "cardwindow.h"
+#include "cli/filerows.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
@@ -15,6 +16,7 @@
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFont>
@@ -22,6 +24,7 @@
 #include <QGraphicsScene>
 #include <QIcon>
 #include <QImage>
+#include <QImageWriter>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
@@ -88,6 +91,25 @@ QString firstFolderPath(const QMimeData *mime)
 QIcon foldIcon(const QString &path)
 {
     return QIcon(QPixmap(path));
+}
+
+// Saving the preview failed: where, and why.
+QString saveFailedText(const QString &path, const QString &reason)
+{
+    return QStringLiteral("Datei %1 wurde nicht gespeichert: %2").arg(path, reason);
+}
+
+// The preview is made from the file when first asked for; by then it was gone.
+QString previewGoneText()
+{
+    return QStringLiteral(
+        "Keine Vorschau: die Datei wurde nach dem Öffnen entfernt oder verändert.");
+}
+
+// Beside the values of a file cut short.
+QString incompleteText(const QString &finding)
+{
+    return QStringLiteral("Datei unvollständig (%1): die übrigen Werte fehlen.").arg(finding);
 }
 
 } // namespace
@@ -332,10 +354,26 @@ void MainWindow::on_actionSave_Preview_triggered()
     const QString path =
         QFileDialog::getSaveFileName(this, tr("Save PreviewPicture as jpg"),
                                      previewProposal(currentFileName), tr("Images (*.jpg)"));
-    if (path.isEmpty() || !rawFile || !rawFile->previewImage())
+    if (path.isEmpty() || !rawFile)
         return;
-    rawFile->previewImage()->save(path, "jpg", -1);
-    // Reported whether or not the picture could be written.
+    if (!rawFile->previewImage()) {
+        if (rawFile->hasPreviewImage()) // it was there when the file was opened
+            QMessageBox::warning(this, QStringLiteral("Save Preview"), previewGoneText());
+        return;
+    }
+    QFile file(path);
+    QImageWriter writer(&file, "jpg");
+    QString reason;
+    if (!file.open(QIODevice::WriteOnly)) {
+        reason = file.errorString();
+    } else if (!writer.write(rawFile->previewImage()->toImage())) {
+        reason = writer.errorString();
+        file.remove(); // not left half written
+    }
+    if (!reason.isEmpty()) {
+        QMessageBox::warning(this, QStringLiteral("Save Preview"), saveFailedText(path, reason));
+        return;
+    }
     QMessageBox box(QMessageBox::Information, QStringLiteral("Save Preview"),
                     QStringLiteral("Datei ") + path + QStringLiteral(" wurde gespeichert"),
                     QMessageBox::Ok, this);
@@ -489,11 +527,15 @@ bool MainWindow::doProcess(QString path)
         QMessageBox box(QMessageBox::Warning, QString(),
                         tr("Fehler bei der Verarbeitung. Keine native DNG-Datei!"), QMessageBox::Ok,
                         this);
+        box.setDetailedText(rawFile->fileName() + QStringLiteral(": ") + fileFinding(*rawFile));
         box.exec();
         rawFileShown = false;
         return false;
     }
     rawFileShown = true;
+    const QString finding = fileFinding(*rawFile); // a file cut short
+    ui->lblNotice->setText(finding.isEmpty() ? QString() : incompleteText(finding));
+    ui->lblNotice->setVisible(!finding.isEmpty());
     updateAnzeige();
     updateBild();
     updateInfoBoxRGB();
@@ -550,6 +592,8 @@ void MainWindow::updateBild()
     QPixmap pixmap;
     if (const QPixmap *preview = rawFile->previewImage())
         pixmap = *preview;
+    else if (rawFile->hasPreviewImage()) // the file went away or changed since it was read
+        scene->addText(previewGoneText());
     auto *item = new TMyGraphicsPixmapItem(pixmap);
     scene->addItem(item);
 

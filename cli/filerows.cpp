@@ -72,11 +72,25 @@ QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accep
     return rows;
 }
 
+QString fileFinding(const TM9File &file)
+{
+    if (!file.isFileFound())
+        return QStringLiteral("file not found");
+    if (!file.isHeaderValid())
+        return QStringLiteral("not a TIFF file");
+    const QString model = file.exif().model.trimmed();
+    if (!model.isEmpty() && model != TExifValues().model && !file.isValidModel())
+        return QStringLiteral("Model: %1").arg(model);
+    if (file.isIncomplete())
+        return QStringLiteral("file ends at byte %1").arg(file.fileSize());
+    return file.isValidModel() ? QString() : QStringLiteral("no camera model");
+}
+
 QString rejectionText(const TM9File &file)
 {
     QString text = QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!");
-    const QString model = file.exif().model.trimmed();
-    if (!model.isEmpty() && model != TExifValues().model && !file.isValidModel())
-        text += QStringLiteral(" (Model: %1)").arg(model);
+    const QString finding = fileFinding(file);
+    if (!finding.isEmpty())
+        text += QStringLiteral(" (%1)").arg(finding);
     return text;
 }

@@ -20,9 +20,15 @@ struct TRowOptions {
 // call it. The first row is the pass's result.
 QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted);
 
+// What a file's pass found amiss: "file not found", "not a TIFF file",
+// "Model: LEICA M10" (another camera), "file ends at byte N" (cut short; an
+// accepted file keeps its values), "no camera model"; empty for a whole M9
+// or M Monochrom file.
+QString fileFinding(const TM9File &file);
+
 // Why a file after its pass is not accepted: "Fehler bei der Verarbeitung.
-// Keine native DNG-Datei!", followed by the camera model found when the file
-// names another camera. tolvik-info and the card window say it alike.
+// Keine native DNG-Datei!", followed by the finding in brackets. tolvik-info,
+// its CSV and JSON, and the card window say it alike.
 QString rejectionText(const TM9File &file);
 
 #endif // FILEROWS_H

@@ -204,16 +204,18 @@ QStringList filesToRead(const QStringList &paths)
 struct TFileResult {
     QByteArray out;
     bool accepted = false;
-    QString error; // why the file is not accepted
+    QString error; // why the file is not accepted, or that it is incomplete
 };
 
 TFileResult readFile(const QString &path, const TOptions &options)
 {
     TM9File file(path);
     const bool accepted = options.rows.preflight ? file.processFilePreflight() : file.processFile();
-    const QString error = accepted ? QString() : rejectionText(file);
-    return {record(options.format, path, fileRows(file, options.rows, accepted), accepted, error),
-            accepted, error};
+    const QString error = accepted ? fileFinding(file) : rejectionText(file);
+    QList<TRow> rows = fileRows(file, options.rows, accepted);
+    if (options.format == TFormat::Text && !options.rows.all)
+        rows.removeFirst(); // the pass's result, for --all
+    return {record(options.format, path, rows, accepted, error), accepted, error};
 }
 
 // "312/1000 files" on a terminal, rewritten in place and cleared at the end.
@@ -426,6 +428,8 @@ int main(int argc, char *argv[])
         [&](int i, TFileResult &&result) {
             if (!result.accepted)
                 reportRejected(i, result.error);
+            else if (!result.error.isEmpty()) // incomplete, and still read
+                std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), qPrintable(result.error));
             progress.beforeOutput();
             std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
             progress.afterOutput();

@@ -120,12 +120,18 @@ QByteArray record(TFormat format, const QString &path, const QList<TRow> &rows, 
             out += QStringLiteral("  %1 %2\n").arg(key, -26).arg(plainValue(value));
         return out.toUtf8();
     }
-    case TFormat::Json: return jsonLine(QList<TRow>{{QStringLiteral("file"), path}} + rows);
+    case TFormat::Json: {
+        const QList<TRow> head{{QStringLiteral("file"), path}};
+        const QList<TRow> tail{{QStringLiteral("error"), error}};
+        if (!accepted)
+            return jsonLine(head + tail);
+        return jsonLine(head + rows + (error.isEmpty() ? QList<TRow>() : tail));
+    }
     case TFormat::Csv: {
         QStringList fields{path};
         for (qsizetype i = 1; i < rows.size(); ++i)
             fields.append(accepted ? plainValue(rows[i].second) : QString());
-        fields.append(accepted ? QString() : error);
+        fields.append(error);
         return csvLine(fields);
     }
     }

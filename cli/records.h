@@ -25,8 +25,9 @@ QByteArray jsonLine(const QList<TRow> &members);
 // The CSV header: "file", the keys of rows, "error".
 QByteArray csvHeader(const QList<TRow> &rows);
 
-// rows begins with the pass's result ("processFile": true/false). A rejected
-// file prints nothing as text, its values as JSON, and its path and error as CSV.
+// rows begins with the pass's result ("processFile": true/false) except in
+// text. A rejected file prints nothing as text, and its path and error as JSON
+// and CSV; an accepted one with an error (cut short) has it in both too.
 QByteArray record(TFormat format, const QString &path, const QList<TRow> &rows, bool accepted,
                   const QString &error);
 

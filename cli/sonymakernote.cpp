@@ -76,6 +76,22 @@ const QList<TQuery> &sonyQueries()
     return queries;
 }
 
+namespace {
+
+// A decoder named after its tag ("mnSony_0xB001_...") shows a value only
+// when the maker note holds the tag; the others are composed of several.
+bool heldBy(const TM9File &file, const char *name)
+{
+    const QByteArray text(name);
+    if (!text.startsWith("mnSony_0x"))
+        return true;
+    bool number = false;
+    const uint tag = text.mid(9, text.indexOf('_', 9) - 9).toUInt(&number, 16);
+    return !number || file.hasSonyTag(quint16(tag));
+}
+
+} // namespace
+
 int runSonyMakerNote(const TSonyMakerNoteOptions &options, TFormat format)
 {
     const std::optional<qint64> offset = parseOffset(options.offset);
@@ -92,8 +108,10 @@ int runSonyMakerNote(const TSonyMakerNoteOptions &options, TFormat format)
     }
     QList<TRow> rows{{QStringLiteral("processSonyMakerNoteAt"), true},
                      {QStringLiteral("Model:"), file.exif().model}};
-    for (const TQuery &query : sonyQueries())
-        rows.append({QString::fromLatin1(query.name), query.value(file)});
+    for (const TQuery &query : sonyQueries()) {
+        if (heldBy(file, query.name))
+            rows.append({QString::fromLatin1(query.name), query.value(file)});
+    }
     if (options.all) {
         for (const TQuery &field : storedValues()) {
             if (qstrncmp(field.name, "sony.", 5) == 0)

@@ -63,6 +63,36 @@ void readArrayAt(TByteReader &reader, qint64 position, quint32 count, T &out, Re
 
 } // namespace
 
+void TM9File::noteSubIfdDataEnd(qint64 position)
+{
+    // A single strip, as a camera writes the raw data, with its offset and
+    // length in the entries' fields.
+    TByteReader &r = m_reader;
+    const qint64 back = r.pos();
+    r.seek(position);
+    qint64 offset = 0, length = 0;
+    const quint32 entryCount = r.entriesInData(r.readU16());
+    for (quint32 i = 0; i < entryCount; ++i) {
+        const quint16 tag = r.readU16();
+        const quint16 type = r.readU16();
+        const quint32 count = r.readU32();
+        quint32 value = 0;
+        if (type == 3) { // a SHORT in the field's first half
+            value = r.readU16();
+            r.skip(2);
+        } else {
+            value = r.readU32();
+        }
+        if (count == 1 && tag == 0x0111)
+            offset = qint64(value) + m_tiffBase;
+        else if (count == 1 && tag == 0x0117)
+            length = value;
+    }
+    r.seek(back);
+    if (offset > 0 && length > 0)
+        m_dataEnd = std::max(m_dataEnd, offset + length);
+}
+
 void TM9File::processIFD()
 {
     TByteReader &r = m_reader;
@@ -138,6 +168,7 @@ void TM9File::processIFD()
         case 0x0131: v.software = T(); break;
         case 0x0132: v.dateTime = T(); break;
         case 0x013B: v.artist = T(); break;
+        case 0x014A: noteSubIfdDataEnd(qint64(L()) + m_tiffBase); break;
         case 0x0201: (m_ifdCounter == 0 ? v.jpegOffsetIfd0 : v.thumbnailOffset) = L(); break;
         case 0x0202: (m_ifdCounter == 0 ? v.jpegLengthIfd0 : v.thumbnailLength) = L(); break;
         case 0x7000: v.sonyRawFileType = S(); break;

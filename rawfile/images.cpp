@@ -40,7 +40,7 @@ QImage TM9File::previewPicture()
 QImage TM9File::previewRgb(unsigned int position, unsigned int length)
 {
     const QSize size = checkedPreviewSize();
-    if (size.isEmpty())
+    if (size.isEmpty() || !isFileUnchanged())
         return QImage();
     QImage image(size, QImage::Format_RGB32);
     if (image.isNull())
@@ -73,6 +73,8 @@ QPixmap *TM9File::extractPreviewPic(unsigned int position, unsigned int length)
 
 QPixmap *TM9File::extractJPEGImage(unsigned int position, unsigned int length)
 {
+    if (!isFileUnchanged())
+        return nullptr;
     auto picture = std::make_unique<QPixmap>();
     const bool loaded = withData([&] {
         const QByteArrayView bytes = m_reader.view(position, length);

@@ -72,6 +72,7 @@ void TByteReader::clear()
     m_file = nullptr;
     m_size = 0;
     m_pos = 0;
+    m_farthest = 0;
 }
 
 QByteArrayView TByteReader::bytesAt(qint64 position)
@@ -107,7 +108,10 @@ const uchar *TByteReader::take(qint64 count)
     const qint64 start = m_pos;
     m_pos += count;
     m_budget -= count;
-    if (m_budget < 0 || start < 0 || start > m_size - count)
+    if (m_budget < 0 || start < 0)
+        return nullptr;
+    m_farthest = std::max(m_farthest, start + count);
+    if (start > m_size - count)
         return nullptr;
     if (start >= m_lastStart && start - m_lastStart <= m_lastSize - count)
         return m_last + (start - m_lastStart);

@@ -71,6 +71,10 @@ public:
 
     void setBudget(qint64 bytes) { m_budget = bytes; }
 
+    // One past the farthest byte a read asked for, inside the data or not:
+    // beyond the size, the file ends before what its directories point to.
+    qint64 farthest() const { return m_farthest; }
+
 private:
     // Moves the cursor by count and tells whether those bytes may be read.
     const uchar *take(qint64 count);
@@ -88,6 +92,7 @@ private:
     qint64 m_size = 0;
     qint64 m_pos = 0;
     qint64 m_budget = 0;
+    qint64 m_farthest = 0;
     bool m_bigEndian = true;
 
     // The bytes last reached, from file position m_lastStart on: most reads

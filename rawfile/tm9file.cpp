@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 TM9File::TM9File() = default;
 
 TM9File::TM9File(QString path) : m_path(std::move(path)), m_file(std::make_unique<QFile>(m_path))
@@ -13,7 +15,8 @@ TM9File::TM9File(QString path) : m_path(std::move(path)), m_file(std::make_uniqu
 }
 
 TM9File::TM9File(QString path, QByteArray bytes)
-    : m_path(std::move(path)), m_bytes(std::move(bytes)), m_fileSize(m_bytes.size())
+    : m_path(std::move(path)), m_bytes(std::move(bytes)), m_fileSize(m_bytes.size()),
+      m_fileFound(true)
 {
 }
 
@@ -45,8 +48,18 @@ void TM9File::openFile()
         return;
     const QFileInfo info(m_path);
     m_fileSize = info.size();
+    m_modified = info.lastModified();
     if (info.isFile())
         m_file->open(QIODevice::ReadOnly | QIODevice::Unbuffered); // the reader reads whole blocks
+    m_fileFound = m_file->isOpen();
+}
+
+bool TM9File::isFileUnchanged() const
+{
+    if (!m_file)
+        return true; // in memory
+    const QFileInfo info(m_path);
+    return info.isFile() && info.size() == m_fileSize && info.lastModified() == m_modified;
 }
 
 void TM9File::openData()
@@ -116,6 +129,10 @@ bool TM9File::processFile()
     }
 
     walkPanasonicSubDirs();
+    const auto end = [](quint32 offset, quint32 length) { return qint64(offset) + length; };
+    m_dataEnd =
+        std::max({m_dataEnd, m_reader.farthest(), end(m_exif.stripOffsets, m_exif.stripByteCounts),
+                  end(m_exif.thumbnailOffset, m_exif.thumbnailLength)});
 
     if (!isValidModel()) {
         closeData();

@@ -21,6 +21,7 @@
 #include "rawfile/tm9values.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QSet>
 #include <QSize>
 #include <QString>
@@ -54,6 +55,18 @@ public:
     bool isHeaderValid() const { return m_headerValid; }
     qint64 tiffBase() const { return m_tiffBase; }
     int ifdCount() const { return m_ifdCounter; }
+    // What processFile found: whether the file was there to read, and the
+    // size it had then.
+    bool isFileFound() const { return m_fileFound; }
+    qint64 fileSize() const { return m_fileSize; }
+    // The file ends before data its directories point to (a copy broken
+    // off): the values read are kept, the rest read as zeros.
+    bool isIncomplete() const { return m_dataEnd > m_fileSize; }
+    // The file still as processFile read it: not removed, not rewritten.
+    // Pictures are made only from such a file.
+    bool isFileUnchanged() const;
+    // Whether the Sony maker note holds the tag.
+    bool hasSonyTag(quint16 tag) const { return m_sonyTags.contains(tag); }
 
     // --- directory walkers (rawfile/) ---
     void processIFD();
@@ -301,7 +314,8 @@ private:
     QSize checkedPreviewSize() const; // IFD0's picture size, empty for one no preview can be
     void walkChain(void (TM9File::*walker)());
     void walkNestedIfd(qint64 position, void (TM9File::*walker)());
-    void walkPanasonicSubDirs(); // those the Leica maker note pointed to
+    void walkPanasonicSubDirs();             // those the Leica maker note pointed to
+    void noteSubIfdDataEnd(qint64 position); // the raw strip's end, nothing kept
     QByteArray readSonyBlock(qint64 position, quint64 length);
     void verarbeiteSony2010Tags(const QByteArray &block, const TSony2010Layout &layout);
 
@@ -310,6 +324,9 @@ private:
     std::unique_ptr<QFile> m_file;
     QByteArray m_bytes;    // the file in memory, when there is no QFile
     qint64 m_fileSize = 0; // when it was opened
+    QDateTime m_modified;  // when it was opened
+    bool m_fileFound = false;
+    qint64 m_dataEnd = 0; // one past the farthest byte the directories point to
     TByteReader m_reader;
 
     // Container state
@@ -339,6 +356,7 @@ private:
     TGpsValues m_gps;
     TLeicaValues m_leica;
     TSonyValues m_sony;
+    QSet<quint16> m_sonyTags;
 };
 
 #endif // TM9FILE_H

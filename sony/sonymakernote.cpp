@@ -162,6 +162,7 @@ void TM9File::processMakerNoteSony()
     const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
         const TEntryHead entry = readEntryHead(r, entryLength, &sonyTagName, QLatin1Char('0'));
+        m_sonyTags.insert(entry.tag);
         const quint64 length = entryLength.current();
         // The block at the offset, deciphered where the camera enciphered it.
         const auto block = [&](bool enciphered) {

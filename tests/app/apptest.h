@@ -71,6 +71,7 @@ struct AnsweredBox {
     bool seen = false;
     QString text;
     QString title;
+    QString detailedText;
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QWidget *parent = nullptr;
     QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
@@ -81,8 +82,13 @@ inline std::shared_ptr<AnsweredBox> answerNextBox(QMessageBox::StandardButton bu
 {
     auto answer = std::make_shared<AnsweredBox>();
     whenModal<QMessageBox>([=](QMessageBox *box) {
-        *answer = {true,        box->text(),         box->windowTitle(),
-                   box->icon(), box->parentWidget(), box->standardButton(box->defaultButton())};
+        *answer = {true,
+                   box->text(),
+                   box->windowTitle(),
+                   box->detailedText(),
+                   box->icon(),
+                   box->parentWidget(),
+                   box->standardButton(box->defaultButton())};
         if (QAbstractButton *b = box->button(button))
             b->click();
         else

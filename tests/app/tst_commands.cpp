@@ -485,6 +485,16 @@ void TestCommands::savePreviewLeavesFileUntouched()
         QCOMPARE(proposed, m_files.filePath(QStringLiteral("L1000123.jpg")));
         QCOMPARE(box->title, QStringLiteral("Save Preview"));
         QCOMPARE(box->text, QStringLiteral("Datei ") + jpeg + QStringLiteral(" wurde gespeichert"));
+        // A folder that cannot be written to: said so, with the path and why.
+        const QString nowhere =
+            m_files.filePath(QStringLiteral("folder.jpg")); // root writes anywhere
+        QVERIFY(QDir().mkpath(nowhere));
+        apptest::whenModal<QFileDialog>([&](QFileDialog *d) { chooseFile(d, nowhere); });
+        auto failed = apptest::answerNextBox(QMessageBox::Ok);
+        window.findChild<QAction *>(QStringLiteral("actionSave_Preview"))->trigger();
+        QCOMPARE(failed->icon, QMessageBox::Warning);
+        QCOMPARE(failed->text, QStringLiteral("Datei ") + nowhere +
+                                   QStringLiteral(" wurde nicht gespeichert: Is a directory"));
         const auto [program, arguments] = MainWindow::externalProgramLaunch(reader, raw);
         QCOMPARE(QProcess::execute(program, arguments), 0);
     }

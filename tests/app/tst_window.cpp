@@ -195,10 +195,14 @@ void TestWindow::contextMenuOfExternalPrograms()
 void TestWindow::rejectedFileLeavesPanel_data()
 {
     QTest::addColumn<bool>("goodFirst");
-    QTest::addColumn<QString>("bad"); // a model, or a file that is not there
-    QTest::newRow("other camera after a good file") << true << "M8 Digital Camera";
-    QTest::newRow("missing file after a good file") << true << "";
-    QTest::newRow("other camera first") << false << "M8 Digital Camera";
+    QTest::addColumn<QString>("bad");     // a model, or a file that is not there
+    QTest::addColumn<QString>("details"); // the box's: the file and what was found
+    QTest::newRow("other camera after a good file") << true << "M8 Digital Camera"
+                                                    << "L_M8.DNG: Model: M8 Digital Camera";
+    QTest::newRow("missing file after a good file") << true << ""
+                                                    << "gone.DNG: file not found";
+    QTest::newRow("other camera first") << false << "M8 Digital Camera"
+                                        << "L_M8.DNG: Model: M8 Digital Camera";
 }
 
 void TestWindow::rejectedFileLeavesPanel()
@@ -241,6 +245,7 @@ void TestWindow::rejectedFileLeavesPanel()
     window.openFile(badPath);
     QVERIFY(box->seen);
     QCOMPARE(box->text, QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!"));
+    QTEST(box->detailedText, "details");
     QCOMPARE(box->icon, QMessageBox::Warning);
     QCOMPARE(box->title, QString());
     QCOMPARE(box->parent, &window);

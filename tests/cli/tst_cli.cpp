@@ -55,6 +55,8 @@ private Q_SLOTS:
     void exitStatus_data();
     void exitStatus();
     void rows();
+    void findings_data();
+    void findings();
     void json();
     void exactJson();
     void stats();
@@ -135,6 +137,7 @@ void TestCli::rows()
     const Run run = tolvikInfo({m_random, m_good});
     QVERIFY(!run.out.contains(m_random));
     QVERIFY(run.out.startsWith(m_good + QLatin1Char('\n')));
+    QVERIFY(!run.out.contains(QLatin1String("processFile"))); // only with --all
     for (const char *row :
          {"Camera:                    M9 Digital Camera", "Exp.Time:                  1/250 sec",
           "Lens:                      Summilux-M 50mm f/1.4 ASPH.",
@@ -142,8 +145,40 @@ void TestCli::rows()
         QVERIFY2(run.out.contains(QLatin1String(row)), row);
 }
 
-// The panel's rows and, with --all, every query; a rejected file gets its
-// object too, with what was read.
+// What a rejected or cut-short file was found to be, on stderr and in the
+// error field of CSV and JSON; a file cut short keeps the values read.
+void TestCli::findings_data()
+{
+    QTest::addColumn<QByteArray>("bytes"); // empty: the file is not there
+    QTest::addColumn<QString>("finding");
+    QTest::addColumn<int>("status");
+    SampleM9 m10;
+    m10.model = "LEICA M10";
+    const QByteArray whole = sampleM9Dng();
+    QTest::newRow("another camera") << sampleM9Dng(m10) << "(Model: LEICA M10)" << 1;
+    QTest::newRow("not a TIFF file") << QByteArray("GIF89a", 6) << "(not a TIFF file)" << 1;
+    QTest::newRow("not there") << QByteArray() << "(file not found)" << 1;
+    QTest::newRow("cut short") << whole.left(whole.size() - 100)
+                               << QStringLiteral("file ends at byte %1").arg(whole.size() - 100)
+                               << 0;
+}
+
+void TestCli::findings()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, finding);
+    const QString path = bytes.isEmpty() ? m_files.path("none.dng") : m_files.write("f.dng", bytes);
+    const Run csv = tolvikInfo({"--csv", path});
+    QTEST(csv.status, "status");
+    QVERIFY2(csv.err.startsWith(path + ": ") && csv.err.endsWith(finding + "\n"),
+             qPrintable(csv.err));
+    QVERIFY(csv.out.endsWith(finding + "\r\n"));
+    const QJsonObject json = jsonLines(tolvikInfo({"--json", path}).out).value(0);
+    QVERIFY(json["error"].toString().endsWith(finding));
+    QCOMPARE(json.contains("Camera"), csv.status == 0); // the values read are kept
+}
+
+// The panel's rows and, with --all, every query.
 void TestCli::json()
 {
     const Run run = tolvikInfo({"--json", "--all", m_good, m_random});
@@ -163,8 +198,7 @@ void TestCli::json()
     QCOMPARE(o["exif_0x9204_ExpCompensationAsReal"].toDouble(), -2.0 / 3.0);
     QCOMPARE(o["leica.serialNumber"].toString(), QStringLiteral("3912204"));
     QCOMPARE(o["leica.measuredLV"].toDouble(), 12.34567);
-    QCOMPARE(objects[1]["processFile"].toBool(true), false);
-    QCOMPARE(objects[1]["Camera"].toString(), QStringLiteral("n.a."));
+    QCOMPARE(objects[1].keys(), (QStringList{"error", "file"})); // no values for a rejected file
     QVERIFY(run.err.contains(m_random));
 }
 
@@ -279,6 +313,8 @@ void TestCli::sonyMakerNote()
     QCOMPARE(objects.size(), 1);
     QCOMPARE(objects[0]["Model"].toString(), QStringLiteral("ILCE-9"));
     QCOMPARE(objects[0]["sony.focusPosition"].toInt(), 0x50);
+    QVERIFY(objects[0].contains("mnSony_0xB001_SonyModelIDAsString"));
+    QVERIFY(!objects[0].contains("mnSony_0x0102_QualityAsString")); // a tag the note lacks
 
     const Run past = tolvikInfo({"--sony-makernote", QString::number(sony.data.size()), arw});
     QCOMPARE(past.status, 1);
@@ -330,8 +366,8 @@ void TestCli::csv()
     const QString odd = m_files.write(QStringLiteral("L1,\"2\".DNG"), sampleM9Dng());
     const Run run = tolvikInfo({"--csv", odd, m_random});
     QCOMPARE(run.status, 1);
-    QCOMPARE(run.err,
-             m_random + QStringLiteral(": Fehler bei der Verarbeitung. Keine native DNG-Datei!\n"));
+    QCOMPARE(run.err, m_random + QStringLiteral(": Fehler bei der Verarbeitung. Keine native "
+                                                "DNG-Datei! (not a TIFF file)\n"));
     const QStringList rows = run.out.split(QStringLiteral("\r\n"));
     QCOMPARE(rows.size(), 4); // header, two files, the empty rest after the last CRLF
     QVERIFY(rows[0].startsWith(QLatin1String("file,Camera,Serial,FW,FileName,Date/Time,ISO,")));
@@ -342,7 +378,11 @@ void TestCli::csv()
                                               "\"L1,\"\"2\"\".DNG\",2012:06:17")));
     QVERIFY(rows[1].endsWith(QLatin1String(",10815,")));
     QCOMPARE(rows[2], m_random + QString(18, QLatin1Char(',')) +
-                          QStringLiteral(",Fehler bei der Verarbeitung. Keine native DNG-Datei!"));
+                          QStringLiteral(",Fehler bei der Verarbeitung. Keine native DNG-Datei! "
+                                         "(not a TIFF file)"));
+    // A comma alone is quoted too.
+    const QString comma = m_files.write(QStringLiteral("L1,3.DNG"), sampleM9Dng());
+    QVERIFY(tolvikInfo({"--csv", comma}).out.contains(QLatin1Char('"') + comma + "\","));
 }
 
 void TestCli::sameOutputForAnyJobs()

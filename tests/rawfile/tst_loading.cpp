@@ -51,6 +51,8 @@ private Q_SLOTS:
     void preview_data();
     void preview();
     void pictures();
+    void pictureOfAFileGone_data();
+    void pictureOfAFileGone();
     void hostileInput_data();
     void hostileInput();
     void damagedSample();
@@ -298,6 +300,28 @@ void TestLoading::pictures()
     QVERIFY(none.processFile());
     QVERIFY(!none.hasPreviewImage());
     QVERIFY(!none.hasFullSizeImage());
+}
+
+// A picture asked for after the file was removed or rewritten is none at
+// all, not black or another file's.
+void TestLoading::pictureOfAFileGone_data()
+{
+    QTest::addColumn<bool>("removed");
+    QTest::newRow("removed") << true;
+    QTest::newRow("rewritten") << false;
+}
+
+void TestLoading::pictureOfAFileGone()
+{
+    QFETCH(bool, removed);
+    const QString path = m_files.write("gone.dng", sampleM9Dng());
+    TM9File file(path);
+    QVERIFY(file.processFile() && file.hasPreviewImage() && file.isFileUnchanged());
+    QVERIFY(removed ? QFile::remove(path)
+                    : !m_files.write("gone.dng", QByteArray(9000, 'x')).isEmpty());
+    QVERIFY(!file.isFileUnchanged());
+    QVERIFY(file.previewPicture().isNull());
+    QVERIFY(!file.previewImage());
 }
 
 // The file is fetched in blocks: shifting the directories behind the raw data
