@@ -4,6 +4,7 @@
 
 #include "apptest.h"
 #include "documents/treport.h"
+#include "documents/upright.h"
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
 #include "tdlgpreferences.h"
@@ -167,9 +168,11 @@ void TestCommands::previewTurnedByOrientation_data()
 {
     QTest::addColumn<int>("orientation");
     QTest::addColumn<QSize>("size");
-    QTest::newRow("1: as it is") << 1 << QSize(320, 240);
-    QTest::newRow("6: turned") << 6 << QSize(240, 320);
-    QTest::newRow("8: turned") << 8 << QSize(240, 320);
+    QTest::addColumn<QRgb>("top"); // of a red-blue pair turned so
+    const QRgb red = qRgb(255, 0, 0), blue = qRgb(0, 0, 255);
+    QTest::newRow("1: as it is") << 1 << QSize(320, 240) << red;
+    QTest::newRow("6: turned right") << 6 << QSize(240, 320) << red;
+    QTest::newRow("8: turned left") << 8 << QSize(240, 320) << blue;
 }
 
 void TestCommands::previewTurnedByOrientation()
@@ -180,6 +183,10 @@ void TestCommands::previewTurnedByOrientation()
     const QString pdf = writeReport(options, QStringLiteral("o%1.DNG").arg(orientation));
     QVERIFY(!pdf.isEmpty());
     QTEST(firstPdfImageSize(pdf), "size");
+    QImage pair(2, 1, QImage::Format_RGB32);
+    pair.setPixel(0, 0, qRgb(255, 0, 0));
+    pair.setPixel(1, 0, qRgb(0, 0, 255));
+    QTEST(turnedByOrientation(pair, orientation).pixel(0, 0), "top");
 }
 
 void TestCommands::preferences_data()
