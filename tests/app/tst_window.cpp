@@ -32,6 +32,7 @@ private slots:
     void contextMenuOfExternalPrograms();
     void rejectedFileLeavesPanel_data();
     void rejectedFileLeavesPanel();
+    void fileCutShortIsNoted();
     void drops_data();
     void drops();
 
@@ -297,6 +298,21 @@ void TestWindow::drops()
     QCOMPARE(apptest::labelText(&window, "lblFileName"), shown);
     QCOMPARE(window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"))->isEnabled(),
              accepted);
+}
+
+// A file cut short shows what it holds, and says that it is incomplete; the
+// next whole file clears the note.
+void TestWindow::fileCutShortIsNoted()
+{
+    const QByteArray whole = fixture::sampleM9Dng();
+    MainWindow window;
+    window.openFile(apptest::writeBytes(m_files, QStringLiteral("cut.DNG"), whole.left(9000)));
+    const auto *notice = window.findChild<QLabel *>(QStringLiteral("lblNotice"));
+    QVERIFY(notice->isVisibleTo(&window) && notice->text().contains(QLatin1String("byte 9000")));
+    QCOMPARE(apptest::labelText(&window, QStringLiteral("lblCamera")),
+             QStringLiteral("M9 Digital Camera"));
+    window.openFile(apptest::writeBytes(m_files, QStringLiteral("whole.DNG"), whole));
+    QVERIFY(!notice->isVisibleTo(&window));
 }
 
 QTEST_MAIN(TestWindow)

@@ -323,12 +323,14 @@ void TestCli::sonyMakerNote()
 
 void TestCli::folders_data()
 {
-    // The tree: card/ with A.DNG, notes.txt, a hidden ._A.DNG, sub/b.Dng,
+    // The tree: card/ with A.DNG, B.DNG, a0.dng (after B: character by
+    // character, not by letter), notes.txt, a hidden ._A.DNG, sub/b.Dng,
     // sub/deeper/c.dng, sub/up -> .. and the loop x -> y -> x.
     const QString card = m_files.path(QStringLiteral("card"));
     QVERIFY(QDir().mkpath(card + QStringLiteral("/sub/deeper")));
     const QByteArray dng = sampleM9Dng();
-    for (const char *name : {"A.DNG", "._A.DNG", "notes.txt", "sub/b.Dng", "sub/deeper/c.dng"})
+    for (const char *name :
+         {"A.DNG", "B.DNG", "a0.dng", "._A.DNG", "notes.txt", "sub/b.Dng", "sub/deeper/c.dng"})
         QVERIFY(writeFile(card + QLatin1Char('/') + QLatin1String(name), dng));
     QVERIFY(QFile::link(QStringLiteral(".."), card + QStringLiteral("/sub/up")));
     QVERIFY(QFile::link(QStringLiteral("y"), card + QStringLiteral("/x")));
@@ -338,14 +340,15 @@ void TestCli::folders_data()
     QTest::addColumn<QStringList>("files");
     QTest::newRow("letter case, nesting, links that loop")
         << QStringList{card}
-        << QStringList{"card/A.DNG", "card/sub/b.Dng", "card/sub/deeper/c.dng"};
+        << QStringList{"card/A.DNG", "card/B.DNG", "card/a0.dng", "card/sub/b.Dng",
+                       "card/sub/deeper/c.dng"};
     QTest::newRow("a file named is read whatever its name")
         << QStringList{card + QStringLiteral("/notes.txt"), card + QStringLiteral("/sub/deeper")}
         << QStringList{"card/notes.txt", "card/sub/deeper/c.dng"};
     QTest::newRow("entered through a link")
         << QStringList{card + QStringLiteral("/sub/up")}
-        << QStringList{"card/sub/up/A.DNG", "card/sub/up/sub/b.Dng",
-                       "card/sub/up/sub/deeper/c.dng"};
+        << QStringList{"card/sub/up/A.DNG", "card/sub/up/B.DNG", "card/sub/up/a0.dng",
+                       "card/sub/up/sub/b.Dng", "card/sub/up/sub/deeper/c.dng"};
 }
 
 void TestCli::folders()
@@ -358,7 +361,8 @@ void TestCli::folders()
         read.append(QDir(m_files.path({})).relativeFilePath(row.section(QLatin1Char(','), 0, 0)));
     QCOMPARE(read, files);
     QCOMPARE(dngFilesIn(m_files.path(QStringLiteral("card"))),
-             QStringList{m_files.path(QStringLiteral("card/A.DNG"))});
+             (QStringList{m_files.path("card/A.DNG"), m_files.path("card/B.DNG"),
+                          m_files.path("card/a0.dng")}));
 }
 
 void TestCli::csv()
