@@ -15,29 +15,29 @@
 #include <QPixmap>
 #include <QTemporaryDir>
 
-// The reader's private walkers, driven on a directory at offset 0 of the bytes.
+// The reader's private parts, for the narrow targets.
 class TM9FileTestAccess {
 public:
-    // Bit 0 of flags: big-endian. The directory lies at offset 0, or where
-    // a TIFF header's first-IFD offset points.
-    static void walk(TM9File &file, quint8 flags, void (TM9File::*walker)(), bool fromHeader)
+    // Bit 0 of flags: big-endian. The directory lies where a TIFF header's
+    // first-IFD offset points, or for the Leica note at offset 0.
+    static void walk(TM9File &file, quint8 flags, void (TM9File::*walker)())
     {
+        const bool leica = walker == &TM9File::processMakerNoteLeica;
         file.openData();
-        file.m_bigEndian = flags & 1;
-        file.m_reader.setBigEndian(file.m_bigEndian);
+        file.m_reader.setBigEndian(file.m_bigEndian = flags & 1);
         file.m_exif.model = QStringLiteral("M9 Digital Camera");
         file.m_reader.seek(4);
-        file.walkNestedIfd(fromHeader ? file.m_reader.readU32() : 0, walker);
+        file.walkNestedIfd(leica ? 0 : file.m_reader.readU32(), walker);
         file.walkPanasonicSubDirs();
         file.closeData();
     }
-    // The preview and the JPEG thumbnail both start at offset 2; the whole is a JPEG file.
+    // Preview and JPEG thumbnail start at offset 2; the whole is a JPEG file.
     static void setPictures(TM9File &file, const uint8_t *data, quint32 size)
     {
         TExifValues &exif = file.m_exif;
         exif.imageWidth = data[0] % 64 + 1;
         exif.imageLength = data[1] % 64 + 1;
-        exif.orientation = data[0] >> 5; // 0 to 7; the turns are 1, 3, 6 and 8
+        exif.orientation = data[0] >> 5;
         exif.stripOffsets = exif.thumbnailOffset = 2;
         exif.stripByteCounts = exif.thumbnailLength = size - 2;
         file.m_previewFound = true;
@@ -50,8 +50,7 @@ namespace fuzz {
 
 namespace {
 
-// A directory for the scratch files, with the offscreen application the
-// pictures and the report need (a test brings its own).
+// Scratch files, and the offscreen application pictures need (a test has its own).
 const QTemporaryDir &scratch()
 {
     static int argc = 1;
@@ -70,7 +69,6 @@ QByteArray bytes(const uint8_t *data, size_t size)
     return QByteArray(reinterpret_cast<const char *>(data), qsizetype(size));
 }
 
-// The file in memory, under a name; the application for the pictures made.
 TM9File inMemory(const uint8_t *data, size_t size)
 {
     scratch();
@@ -83,8 +81,7 @@ void everyValue(const TM9File &file)
         query.value(file);
     for (const TQuery &field : storedValues())
         field.value(file);
-    panelRows(panelTexts(file));
-    panelTexts(file, TValueStyle::Exact);
+    panelRows(panelTexts(file, TValueStyle::Exact));
 }
 
 // Qt's decoders and scaling cost in proportion to the pixels; a large
@@ -113,15 +110,13 @@ void reader(const uint8_t *data, size_t size)
 {
     const QString path = scratch().filePath(QStringLiteral("input.dng"));
     QFile out(path);
-    if (out.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        out.write(bytes(data, size));
-    out.close();
+    if (out.open(QIODevice::WriteOnly | QIODevice::Truncate) && out.write(bytes(data, size)))
+        out.close();
     TM9File loaded(path);
     loaded.processFile();
     everyValue(loaded);
     if (small(loaded.previewSize()))
         loaded.previewImageScaled(64, 0);
-
     TM9File preflight(path);
     preflight.processFilePreflight();
     if (small(preflight.thumbnailSize()))
@@ -143,7 +138,7 @@ void exifGps(const uint8_t *data, size_t size)
         return;
     TM9File file = inMemory(data + 1, size - 1);
     TM9FileTestAccess::walk(file, data[0],
-                            data[0] & 2 ? &TM9File::processGPSInfoIFD : &TM9File::processIFD, true);
+                            data[0] & 2 ? &TM9File::processGPSInfoIFD : &TM9File::processIFD);
     everyValue(file);
 }
 
@@ -152,7 +147,7 @@ void leica(const uint8_t *data, size_t size)
     if (size < 1)
         return;
     TM9File file = inMemory(data + 1, size - 1);
-    TM9FileTestAccess::walk(file, data[0], &TM9File::processMakerNoteLeica, false);
+    TM9FileTestAccess::walk(file, data[0], &TM9File::processMakerNoteLeica);
     everyValue(file);
 }
 
@@ -190,15 +185,6 @@ void sonyBlocks(const uint8_t *data, size_t size)
     const Routine routine = kRoutines[data[0] % std::size(kRoutines)];
     QByteArray block = bytes(data + 1, size - 1);
     TM9File::decipher(reinterpret_cast<unsigned char *>(block.data()), int(block.size()));
-
-    // The model groups take any text; the block's start serves as one.
-    const QString model = QString::fromLatin1(block.left(12));
-    for (const auto group : {&TM9File::isInSony2010g_Group, &TM9File::isInSony2010h_Group,
-                             &TM9File::isInSony2010i_Group, &TM9File::isInSony9050a_Group,
-                             &TM9File::isInSony9050b_Group, &TM9File::isInSony2022_Group,
-                             &TM9File::isInSony202A_Group})
-        group(model);
-
     TM9File file;
     (file.*routine)(block);
     for (const TQuery &query : sonyQueries())
@@ -212,9 +198,7 @@ void report(const uint8_t *data, size_t size)
         return;
     TRgbDistribution distribution;
     distribution.add(file.previewImage());
-    const TValueStyle style = TValueStyle(size % 2);
-    reportRows(file, style);
-    const TReport report(file, distribution.picture(), style);
+    const TReport report(file, distribution.picture(), TValueStyle(size % 2));
     if (data[size - 1] % reportPaintedOneIn != 0)
         return;
     QBuffer pdf;
