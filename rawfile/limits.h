@@ -18,6 +18,11 @@ inline constexpr qint64 kReadBudget = 16 * 1024 * 1024;
 // fan out (chains that loop are ended by the set of visited offsets).
 inline constexpr int kMaxDirectories = 64;
 
+// A camera file's directories hold a few hundred entries in all; a pass
+// walks at most this many, so that pointers that lead to one large directory
+// again and again cannot multiply the work.
+inline constexpr quint32 kMaxEntries = 4096;
+
 // Exif and GPS sit one level below their IFD; ends pointers that lead ever
 // deeper (pointers back to a directory being walked are ended at once).
 inline constexpr int kMaxIfdDepth = 8;

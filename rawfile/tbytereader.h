@@ -14,6 +14,8 @@
 // than the whole walk, and it serialises threads that open files at once.
 // Large views (pictures) map the file after all.
 
+#include "rawfile/limits.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QtGlobal>
@@ -36,12 +38,15 @@ public:
     qint64 size() const { return m_size; }
 
     // Of count directory entries from the cursor on, those that begin inside
-    // the data: the ones past its end would read as zeros, so a walker stops
-    // there instead of reading up to 65,535 entries of nothing.
-    quint32 entriesInData(quint32 count) const
+    // the data (the ones past its end would read as zeros), and no more than
+    // are left of the pass's kMaxEntries.
+    quint32 entriesInData(quint32 count)
     {
         const qint64 left = m_size - m_pos;
-        return left <= 0 ? 0 : quint32(std::min<qint64>(count, (left + 11) / 12));
+        const quint32 n =
+            left <= 0 ? 0 : quint32(std::min<qint64>({count, (left + 11) / 12, m_entriesLeft}));
+        m_entriesLeft -= n;
+        return n;
     }
     void seek(qint64 position) { m_pos = position; }
     void skip(qint64 count)
@@ -69,7 +74,11 @@ public:
     // until the next view or until the data is cleared.
     QByteArrayView view(qint64 position, qint64 count);
 
-    void setBudget(qint64 bytes) { m_budget = bytes; }
+    void setBudget(qint64 bytes)
+    {
+        m_budget = bytes;
+        m_entriesLeft = limits::kMaxEntries;
+    }
 
     // One past the farthest byte a read asked for, inside the data or not:
     // beyond the size, the file ends before what its directories point to.
@@ -92,6 +101,7 @@ private:
     qint64 m_size = 0;
     qint64 m_pos = 0;
     qint64 m_budget = 0;
+    qint64 m_entriesLeft = 0;
     qint64 m_farthest = 0;
     bool m_bigEndian = true;
 
