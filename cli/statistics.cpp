@@ -23,8 +23,6 @@ constexpr TCategoryName kCategoryNames[] = {
     {TCategory::Day, "Day"},
 };
 
-const QString kNotAvailable = QStringLiteral("n.a");
-
 // The value's place in the category's order: a number, a day, or NaN for the
 // categories ordered by name.
 double orderKey(const TFrame &frame, TCategory category)
@@ -41,11 +39,6 @@ double orderKey(const TFrame &frame, TCategory category)
     case TCategory::Program: break;
     }
     return std::nan("");
-}
-
-QString temperatureText(double celsius)
-{
-    return exactTemperature(qint32(celsius));
 }
 
 } // namespace
@@ -76,9 +69,9 @@ QString categoryText(const TFrame &frame, TCategory category)
     case TCategory::Program: return t.expProgram;
     case TCategory::Day:
         return frame.numbers.taken.isValid() ? frame.numbers.taken.date().toString(Qt::ISODate)
-                                             : kNotAvailable;
+                                             : notAvailableText();
     }
-    return kNotAvailable;
+    return notAvailableText();
 }
 
 QList<TCount> countPer(TCategory category, const QList<TFrame> &frames)
@@ -105,7 +98,7 @@ QList<TCount> countPer(TCategory category, const QList<TFrame> &frames)
     // By number where the category has one (names otherwise, as the map
     // keeps them); what has no value last.
     const auto missing = [](const std::pair<QString, TGroup> &g) {
-        return g.first == kNotAvailable;
+        return g.first == notAvailableText();
     };
     std::stable_sort(sorted.begin(), sorted.end(), [&](const auto &a, const auto &b) {
         if (missing(a) != missing(b))
@@ -137,9 +130,9 @@ TTemperatureRange temperatureRange(const QList<TFrame> &frames)
 QString temperatureRangeText(const TTemperatureRange &range)
 {
     if (range.frames == 0)
-        return kNotAvailable;
-    return temperatureText(range.lowest) + QStringLiteral(" \u2013 ") +
-           temperatureText(range.highest);
+        return notAvailableText();
+    return exactTemperature(qint32(range.lowest)) + QStringLiteral(" \u2013 ") +
+           exactTemperature(qint32(range.highest));
 }
 
 QByteArray statisticsRecord(TFormat format, const QList<TFrame> &frames)

@@ -11,7 +11,6 @@
 
 namespace {
 
-const QString kNotAvailable = QStringLiteral("n.a");
 constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
 
 // Exposure times up to this long read as fractions ("1/4"); longer ones in
@@ -55,10 +54,15 @@ QString focalLengthText(const TM9File &file)
     return file.exif_0x920A_FocalLengthAsString() + QStringLiteral("mm");
 }
 
+QString notAvailableText()
+{
+    return QStringLiteral("n.a");
+}
+
 QString exactExposureTime(const TRational &time)
 {
     if (time.num == 0 || time.den == 0)
-        return kNotAvailable;
+        return notAvailableText();
     const quint32 divisor = std::gcd(time.num, time.den);
     const quint32 num = time.num / divisor;
     const quint32 den = time.den / divisor;
@@ -73,7 +77,7 @@ QString exactExposureTime(const TRational &time)
 QString exactAperture(const TRational &fNumber)
 {
     if (fNumber.num == 0 || fNumber.den == 0)
-        return kNotAvailable;
+        return notAvailableText();
     return QStringLiteral("≈ f/%1").arg(double(fNumber.num) / double(fNumber.den), 0, 'f', 1);
 }
 
@@ -88,14 +92,14 @@ QString signedOneDecimal(double value)
 QString exactCorrection(const TSRational &bias)
 {
     if (bias.den == 0)
-        return kNotAvailable;
+        return notAvailableText();
     return signedOneDecimal(double(bias.num) / double(bias.den)) + QStringLiteral(" EV");
 }
 
 QString exactFocalLength(const TRational &length)
 {
     if (length.num == 0 || length.den == 0)
-        return kNotAvailable;
+        return notAvailableText();
     return shortDecimal(double(length.num) / double(length.den)) + QStringLiteral(" mm");
 }
 
@@ -170,7 +174,7 @@ TPanelTexts panelTexts(const TM9File &file, TValueStyle style)
     t.sensorTemperature = temperatureText(leica);
     if (style == TValueStyle::Exact) {
         t.dateTime = isoDateTime(exif.dateTimeOriginal);
-        t.iso = exif.iso != 0 ? t.iso : kNotAvailable;
+        t.iso = exif.iso != 0 ? t.iso : notAvailableText();
         t.expTime = exactExposureTime(exif.exposureTime);
         t.apprAperture = exactAperture(leica.approximateFNumber);
         t.expCorrection = exactCorrection(exif.exposureBiasValue);

@@ -77,7 +77,9 @@ QString twoDecimals(double value);
 QString temperatureText(const TLeicaValues &leica);
 QString focalLengthText(const TM9File &file);
 
-// The exact texts, each of one stored value; "n.a" where the file holds none.
+// The exact texts, each of one stored value; notAvailableText() where the
+// file holds none.
+QString notAvailableText();                        // "n.a"
 QString exactExposureTime(const TRational &time);  // "1/15", "0.5", "2"
 QString exactAperture(const TRational &fNumber);   // "≈ f/5.6", the camera's estimate
 QString exactCorrection(const TSRational &bias);   // "-0.7 EV", "+1.0 EV", "0.0 EV"
