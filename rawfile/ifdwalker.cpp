@@ -73,9 +73,9 @@ void TM9File::noteSubIfdDataEnd(qint64 position)
     qint64 offset = 0, length = 0;
     const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
-        const quint16 tag = r.readU16();
-        const quint16 type = r.readU16();
-        const quint32 count = r.readU32();
+        quint16 tag = 0, type = 0;
+        quint32 count = 0;
+        r.readEntryHead(tag, type, count);
         quint32 value = 0;
         if (type == 3) { // a SHORT in the field's first half
             value = r.readU16();

@@ -152,6 +152,32 @@ quint32 TByteReader::readU32()
     return m_bigEndian ? qFromBigEndian<quint32>(p) : qFromLittleEndian<quint32>(p);
 }
 
+void TByteReader::readEntryHead(quint16 &tag, quint16 &type, quint32 &count)
+{
+    // Most heads lie whole in the block last read; the others, near the end
+    // of the data or of the budget, are read field by field as they always were.
+    const qint64 start = m_pos;
+    if (m_budget < 8 || start < m_lastStart || start - m_lastStart > m_lastSize - 8) {
+        tag = readU16();
+        type = readU16();
+        count = readU32();
+        return;
+    }
+    const uchar *p = m_last + (start - m_lastStart);
+    m_pos += 8;
+    m_budget -= 8;
+    m_farthest = std::max(m_farthest, m_pos);
+    if (m_bigEndian) {
+        tag = qFromBigEndian<quint16>(p);
+        type = qFromBigEndian<quint16>(p + 2);
+        count = qFromBigEndian<quint32>(p + 4);
+    } else {
+        tag = qFromLittleEndian<quint16>(p);
+        type = qFromLittleEndian<quint16>(p + 2);
+        count = qFromLittleEndian<quint32>(p + 4);
+    }
+}
+
 QByteArray TByteReader::readBytes(qint64 count)
 {
     QByteArray out(qMax<qint64>(count, 0), '\0');

@@ -62,9 +62,7 @@ TEntryHead readEntryHead(TByteReader &reader, TEntryLength &length, QString (*ta
                          QChar fill)
 {
     TEntryHead head;
-    head.tag = reader.readU16();
-    head.type = reader.readU16();
-    head.count = reader.readU32();
+    reader.readEntryHead(head.tag, head.type, head.count);
     const quint64 bytes = length.next(head.type, head.count);
     qCDebug(lcTiffEntries).noquote()
         << entryLine(head.tag, tagName(head.tag), head.type, head.count, bytes, fill);
