@@ -24,8 +24,8 @@ void sonyMakerNote(const uint8_t *data, size_t size);
 void sonyBlocks(const uint8_t *data, size_t size);
 void report(const uint8_t *data, size_t size);
 // A painted report page costs half a second under the sanitizers, nearly all
-// in Qt: the fuzz program paints only inputs whose last byte is a multiple
-// of this; the tests paint every one.
+// in Qt: the fuzz program paints about one input in this many (by a hash of
+// the input); the tests paint every one.
 inline int reportPaintedOneIn = 1;
 
 struct NamedTarget {
