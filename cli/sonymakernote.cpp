@@ -78,10 +78,34 @@ const QList<TQuery> &sonyQueries()
 
 namespace {
 
+// The computed values, shown only when the file holds what they are computed
+// from: the focus position of block 0x9402, the aperture of block 0x9050 and
+// the focal lengths of the Exif directory.
+struct TComputed {
+    const char *name;
+    bool (*inputsHeld)(const TM9File &);
+};
+constexpr TComputed kComputed[] = {
+    {"composite_FocusDistance",
+     [](const TM9File &file) {
+         return file.hasSonyTag(0x9402) && file.exif().focalLengthIn35mm != 0;
+     }},
+    {"composite_HyperfocalDistance",
+     [](const TM9File &file) {
+         const TRational &focalLength = file.exif().focalLength;
+         return file.hasSonyTag(0x9050) && !file.sony().apertureText.isEmpty() &&
+                focalLength.num != 0 && focalLength.den != 0 && file.exif().focalLengthIn35mm != 0;
+     }},
+};
+
 // A decoder named after its tag ("mnSony_0xB001_...") shows a value only
-// when the maker note holds the tag; the others are composed of several.
+// when the maker note holds the tag.
 bool heldBy(const TM9File &file, const char *name)
 {
+    for (const TComputed &computed : kComputed) {
+        if (qstrcmp(name, computed.name) == 0)
+            return computed.inputsHeld(file);
+    }
     const QByteArray text(name);
     if (!text.startsWith("mnSony_0x"))
         return true;

@@ -315,6 +315,7 @@ void TestCli::sonyMakerNote()
     QCOMPARE(objects[0]["sony.focusPosition"].toInt(), 0x50);
     QVERIFY(objects[0].contains("mnSony_0xB001_SonyModelIDAsString"));
     QVERIFY(!objects[0].contains("mnSony_0x0102_QualityAsString")); // a tag the note lacks
+    QVERIFY(!objects[0].contains("composite_FocusDistance")); // no 35 mm focal length
 
     const Run past = tolvikInfo({"--sony-makernote", QString::number(sony.data.size()), arw});
     QCOMPARE(past.status, 1);
