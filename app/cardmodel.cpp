@@ -101,8 +101,7 @@ TCardRow TCardRow::read(const QString &path)
     row.accepted = file.processFile();
     row.rows = fileRows(file, exactRows(), row.accepted);
     row.frame = frameOf(file, row.accepted);
-    if (!row.accepted)
-        row.error = rejectionText(file);
+    row.error = fileError(file, row.accepted);
     return row;
 }
 

@@ -86,6 +86,11 @@ QString fileFinding(const TM9File &file)
     return file.isValidModel() ? QString() : QStringLiteral("no camera model");
 }
 
+QString fileError(const TM9File &file, bool accepted)
+{
+    return accepted ? fileFinding(file) : rejectionText(file);
+}
+
 QString rejectionText(const TM9File &file)
 {
     QString text = QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!");

@@ -31,4 +31,10 @@ QString fileFinding(const TM9File &file);
 // its CSV and JSON, and the card window say it alike.
 QString rejectionText(const TM9File &file);
 
+// What is left to say of a file after its pass: the rejection text when it
+// is not accepted, else its finding (a file cut short); empty for a whole
+// file. Scripts see it on stderr and in the CSV and JSON error field, the
+// card window in its error column.
+QString fileError(const TM9File &file, bool accepted);
+
 #endif // FILEROWS_H

@@ -84,9 +84,9 @@ constexpr char kUsage[] =
     "  --version    show the program's name and version and exit\n"
     "\n"
     "Exit status:\n"
-    "  0  every file was accepted (and the PDF written)\n"
-    "  1  a file was rejected, the PDF could not be written or the OFFSET lies\n"
-    "     outside the file\n"
+    "  0  every file was accepted whole (and the PDF written)\n"
+    "  1  a file was rejected or ends before its data (its values are still\n"
+    "     given), the PDF could not be written or the OFFSET lies outside the file\n"
     "  2  usage error\n"
     "\n"
     "Examples:\n"
@@ -203,7 +203,6 @@ QStringList filesToRead(const QStringList &paths)
 
 struct TFileResult {
     QByteArray out;
-    bool accepted = false;
     QString error; // why the file is not accepted, or that it is incomplete
 };
 
@@ -211,11 +210,11 @@ TFileResult readFile(const QString &path, const TOptions &options)
 {
     TM9File file(path);
     const bool accepted = options.rows.preflight ? file.processFilePreflight() : file.processFile();
-    const QString error = accepted ? fileFinding(file) : rejectionText(file);
+    const QString error = fileError(file, accepted);
     QList<TRow> rows = fileRows(file, options.rows, accepted);
     if (options.format == TFormat::Text && !options.rows.all)
         rows.removeFirst(); // the pass's result, for --all
-    return {record(options.format, path, rows, accepted, error), accepted, error};
+    return {record(options.format, path, rows, accepted, error), error};
 }
 
 // "312/1000 files" on a terminal, rewritten in place and cleared at the end.
@@ -271,6 +270,10 @@ int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
     if (!writeReportPdf(file, pdfPath, style)) {
         std::fprintf(stderr, "tolvik-info: cannot write %s\n", qPrintable(pdfPath));
         return 1;
+    }
+    if (const QString finding = fileFinding(file); !finding.isEmpty()) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(path), qPrintable(finding));
+        return 1; // reported from the values read
     }
     return 0;
 }
@@ -368,26 +371,28 @@ int main(int argc, char *argv[])
 
     int status = 0;
     TProgress progress(int(files.size()));
-    const auto reportRejected = [&](int i, const QString &reason) {
+    // A rejected file, or one cut short whose values are still given.
+    const auto reportProblem = [&](int i, const QString &error) {
+        if (error.isEmpty())
+            return;
         progress.clear();
-        std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), qPrintable(reason));
+        std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), qPrintable(error));
         status = 1;
     };
 #ifdef TOLVIK_INFO_DRAWS
     if (!options.contactSheetPath.isEmpty()) {
         QList<TSheetFrame> frames(files.size());
-        runInOrder<TSheetFrame>(
+        runInOrder<std::pair<TSheetFrame, QString>>(
             int(files.size()), jobs,
             [&](int i) {
                 TM9File file(files[i]);
                 const bool accepted = file.processFile();
-                return sheetFrameOf(files[i], file, accepted,
-                                    accepted ? QString() : rejectionText(file));
+                const QString error = fileError(file, accepted);
+                return std::pair(sheetFrameOf(files[i], file, accepted, error), error);
             },
-            [&](int i, TSheetFrame &&frame) {
-                if (!frame.accepted)
-                    reportRejected(i, frame.summary);
-                frames[i] = std::move(frame);
+            [&](int i, std::pair<TSheetFrame, QString> &&read) {
+                reportProblem(i, read.second);
+                frames[i] = std::move(read.first);
                 progress.show(i + 1);
             });
         progress.clear();
@@ -402,17 +407,16 @@ int main(int argc, char *argv[])
 #endif
     if (options.stats) {
         QList<TFrame> frames(files.size());
-        using TRead = std::pair<TFrame, QString>; // the frame, why it is not accepted
+        using TRead = std::pair<TFrame, QString>; // the frame, and what is amiss
         runInOrder<TRead>(
             int(files.size()), jobs,
             [&](int i) {
                 TM9File file(files[i]);
                 const bool accepted = file.processFile();
-                return TRead(frameOf(file, accepted), accepted ? QString() : rejectionText(file));
+                return TRead(frameOf(file, accepted), fileError(file, accepted));
             },
             [&](int i, TRead &&read) {
-                if (!read.first.accepted)
-                    reportRejected(i, read.second);
+                reportProblem(i, read.second);
                 frames[i] = std::move(read.first);
                 progress.show(i + 1);
             });
@@ -426,10 +430,7 @@ int main(int argc, char *argv[])
     runInOrder<TFileResult>(
         int(files.size()), jobs, [&](int i) { return readFile(files[i], options); },
         [&](int i, TFileResult &&result) {
-            if (!result.accepted)
-                reportRejected(i, result.error);
-            else if (!result.error.isEmpty()) // incomplete, and still read
-                std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), qPrintable(result.error));
+            reportProblem(i, result.error);
             progress.beforeOutput();
             std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
             progress.afterOutput();
