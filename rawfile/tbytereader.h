@@ -59,9 +59,9 @@ public:
     quint16 readU16();
     quint32 readU32();
     qint16 readS16() { return static_cast<qint16>(readU16()); }
+    qint32 readS32() { return static_cast<qint32>(readU32()); }
     // A directory entry's tag, type and count: the three reads in one step.
     void readEntryHead(quint16 &tag, quint16 &type, quint32 &count);
-    qint32 readS32() { return static_cast<qint32>(readU32()); }
 
     // count bytes from the cursor on; those past the end, or once the budget
     // is spent, are zeros. The caller bounds count.
