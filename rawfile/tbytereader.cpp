@@ -136,20 +136,21 @@ quint8 TByteReader::readU8()
     return p ? *p : 0;
 }
 
+template <typename T> T TByteReader::valueAt(const uchar *p) const
+{
+    return m_bigEndian ? qFromBigEndian<T>(p) : qFromLittleEndian<T>(p);
+}
+
 quint16 TByteReader::readU16()
 {
     const uchar *p = take(2);
-    if (!p)
-        return 0;
-    return m_bigEndian ? qFromBigEndian<quint16>(p) : qFromLittleEndian<quint16>(p);
+    return p ? valueAt<quint16>(p) : 0;
 }
 
 quint32 TByteReader::readU32()
 {
     const uchar *p = take(4);
-    if (!p)
-        return 0;
-    return m_bigEndian ? qFromBigEndian<quint32>(p) : qFromLittleEndian<quint32>(p);
+    return p ? valueAt<quint32>(p) : 0;
 }
 
 void TByteReader::readEntryHead(quint16 &tag, quint16 &type, quint32 &count)
@@ -167,15 +168,9 @@ void TByteReader::readEntryHead(quint16 &tag, quint16 &type, quint32 &count)
     m_pos += 8;
     m_budget -= 8;
     m_farthest = std::max(m_farthest, m_pos);
-    if (m_bigEndian) {
-        tag = qFromBigEndian<quint16>(p);
-        type = qFromBigEndian<quint16>(p + 2);
-        count = qFromBigEndian<quint32>(p + 4);
-    } else {
-        tag = qFromLittleEndian<quint16>(p);
-        type = qFromLittleEndian<quint16>(p + 2);
-        count = qFromLittleEndian<quint32>(p + 4);
-    }
+    tag = valueAt<quint16>(p);
+    type = valueAt<quint16>(p + 2);
+    count = valueAt<quint32>(p + 4);
 }
 
 QByteArray TByteReader::readBytes(qint64 count)

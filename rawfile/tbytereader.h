@@ -89,6 +89,8 @@ public:
 private:
     // Moves the cursor by count and tells whether those bytes may be read.
     const uchar *take(qint64 count);
+    // The value at p in the reader's byte order.
+    template <typename T> T valueAt(const uchar *p) const;
     // The bytes from position to the end of the block that holds it.
     QByteArrayView bytesAt(qint64 position);
 
