@@ -1,7 +1,7 @@
 #include "cardloader.h"
 
 #include "cardmodel.h"
-#include "cli/inorder.h"
+#include "card/inorder.h"
 #include "rawfile/dngfiles.h"
 #include "rawfile/tm9file.h"
 

@@ -1,6 +1,6 @@
 #include "cardmodel.h"
 
-#include "cli/filerows.h"
+#include "card/filerows.h"
 #include "rawfile/tm9file.h"
 
 #include <QGuiApplication>

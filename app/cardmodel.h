@@ -5,8 +5,8 @@
 // picture and the exact texts of the panel, and the filter that narrows it.
 // Sorting goes by each column's value (TCardModel::kSortRole), not its text.
 
-#include "cli/records.h"
-#include "cli/statistics.h"
+#include "card/records.h"
+#include "card/statistics.h"
 #include "exif/paneltexts.h"
 
 #include <QAbstractTableModel>

@@ -2,7 +2,7 @@
 #include "ui_mainwindow.h"
 
 #include "cardwindow.h"
-#include "cli/filerows.h"
+#include "card/filerows.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"

@@ -6,7 +6,7 @@
 // the frames along the bottom. Clicking a bar chooses its value. Drawn in the
 // palette's colours, so it reads in light and dark themes.
 
-#include "cli/statistics.h"
+#include "card/statistics.h"
 
 #include <QWidget>
 

@@ -4,7 +4,7 @@
 // The card window's statistics: a bar chart per category of the frames
 // shown, one below the other, and the range of sensor temperatures.
 
-#include "cli/statistics.h"
+#include "card/statistics.h"
 
 #include <QWidget>
 

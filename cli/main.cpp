@@ -6,13 +6,13 @@
 // to its drawing half, tolvik-info-draw, built with TOLVIK_INFO_DRAWS and Qt
 // Gui, which takes the same arguments and draws. Only drawing loads Qt Gui.
 
-#include "cli/filerows.h"
-#include "cli/inorder.h"
-#include "cli/limits.h"
-#include "cli/queries.h"
-#include "cli/records.h"
+#include "card/filerows.h"
+#include "card/inorder.h"
+#include "card/limits.h"
+#include "card/queries.h"
+#include "card/records.h"
 #include "cli/sonymakernote.h"
-#include "cli/statistics.h"
+#include "card/statistics.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
 #include "rawfile/tiffentry.h"

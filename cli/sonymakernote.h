@@ -4,8 +4,8 @@
 // tolvik-info --sony-makernote OFFSET FILE: walks the Sony maker-note
 // directory at an absolute offset of an ARW file and prints its values.
 
-#include "cli/queries.h"
-#include "cli/records.h"
+#include "card/queries.h"
+#include "card/records.h"
 
 #include <QList>
 #include <QString>

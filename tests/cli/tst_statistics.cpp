@@ -1,7 +1,7 @@
 // A card counted per category: natural order of the values, frames without a
 // value last, rejected files left out, texts that round alike together.
 
-#include "cli/statistics.h"
+#include "card/statistics.h"
 #include "rawfile/tm9values.h"
 
 #include <QtTest>

@@ -1,6 +1,6 @@
 #include "tests/fuzz/fuzztargets.h"
 
-#include "cli/queries.h"
+#include "card/queries.h"
 #include "cli/sonymakernote.h"
 #include "documents/rgbdistribution.h"
 #include "documents/treport.h"

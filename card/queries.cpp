@@ -1,4 +1,4 @@
-#include "cli/queries.h"
+#include "card/queries.h"
 
 #include "rawfile/tm9file.h"
 

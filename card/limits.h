@@ -1,5 +1,5 @@
-#ifndef CLI_LIMITS_H
-#define CLI_LIMITS_H
+#ifndef CARD_LIMITS_H
+#define CARD_LIMITS_H
 
 // Limits of tolvik-info's parallel reading.
 
@@ -16,4 +16,4 @@ inline constexpr int kMaxJobs = 256;
 
 } // namespace limits
 
-#endif // CLI_LIMITS_H
+#endif // CARD_LIMITS_H

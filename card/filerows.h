@@ -5,7 +5,7 @@
 // texts, the quick pass's, or every query. The card window exports its table
 // through the same rows.
 
-#include "cli/records.h"
+#include "card/records.h"
 
 class TM9File;
 

@@ -1,6 +1,6 @@
-#include "cli/filerows.h"
+#include "card/filerows.h"
 
-#include "cli/queries.h"
+#include "card/queries.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 

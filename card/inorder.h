@@ -6,7 +6,7 @@
 // may run ahead of the next result to deliver by a few items only, so memory
 // stays bounded however many items there are.
 
-#include "cli/limits.h"
+#include "card/limits.h"
 
 #include <condition_variable>
 #include <mutex>

@@ -5,7 +5,7 @@
 // ISO, exposure time, program and day, on the exact values, for
 // tolvik-info --stats and the card window's charts. Qt Core only.
 
-#include "cli/records.h"
+#include "card/records.h"
 #include "exif/paneltexts.h"
 
 class TM9File;

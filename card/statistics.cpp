@@ -1,4 +1,4 @@
-#include "cli/statistics.h"
+#include "card/statistics.h"
 
 #include "rawfile/tm9file.h"
 

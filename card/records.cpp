@@ -1,4 +1,4 @@
-#include "cli/records.h"
+#include "card/records.h"
 
 #include <QLocale>
 #include <QStringList>
