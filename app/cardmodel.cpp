@@ -52,6 +52,7 @@ TRowOptions exactRows()
 {
     TRowOptions options;
     options.exact = true;
+    options.exposureSeconds = true; // as tolvik-info --csv --exact writes them
     return options;
 }
 

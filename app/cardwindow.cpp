@@ -217,7 +217,7 @@ void TCardWindow::on_actionSave_Contact_Sheet_triggered()
         (name.isEmpty() ? QStringLiteral("card") : name) + QStringLiteral("-contact-sheet.pdf"));
     const QString path = QFileDialog::getSaveFileName(this, tr("Save Contact Sheet as PDF"),
                                                       proposal, tr("PDF files (*.pdf)"));
-    if (path.isEmpty() || writeContactSheetPdf(contactSheet(), path))
+    if (path.isEmpty() || writeContactSheetPdf(contactSheet(), path).isEmpty())
         return;
     QMessageBox::warning(this, tr("Save Contact Sheet"),
                          tr("%1 could not be written.").arg(QDir::toNativeSeparators(path)));

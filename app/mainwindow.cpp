@@ -1,8 +1,9 @@
 #include "mainwindow.h"
 #include "ui_mainwindow.h"
 
-#include "cardwindow.h"
 #include "card/filerows.h"
+#include "card/safewrite.h"
+#include "cardwindow.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
@@ -523,11 +524,14 @@ bool MainWindow::doProcess(QString path)
     rawFile = new TM9File(path);
     if (!rawFile->processFile()) {
         // The rejected file stays current, but the window keeps showing the
-        // last good one.
+        // last good one. A file that cannot be read is not called a wrong one.
+        const bool read = rawFile->isFileFound();
         QMessageBox box(QMessageBox::Warning, QString(),
-                        tr("Fehler bei der Verarbeitung. Keine native DNG-Datei!"), QMessageBox::Ok,
-                        this);
-        box.setDetailedText(rawFile->fileName() + QStringLiteral(": ") + fileFinding(*rawFile));
+                        read ? tr("Fehler bei der Verarbeitung. Keine native DNG-Datei!")
+                             : writeFailure(path, rawFile->openError()),
+                        QMessageBox::Ok, this);
+        if (read)
+            box.setDetailedText(rawFile->fileName() + QStringLiteral(": ") + fileFinding(*rawFile));
         box.exec();
         rawFileShown = false;
         return false;

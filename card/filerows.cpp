@@ -6,6 +6,7 @@
 
 #include <QSize>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -40,6 +41,17 @@ QList<TRow> numberRows(const TM9File &file)
     };
 }
 
+// Every query and stored value, by name.
+QList<TRow> queryRows(const TM9File &file)
+{
+    QList<TRow> rows;
+    for (const TQuery &query : allQueries())
+        rows.append({QString::fromLatin1(query.name), query.value(file)});
+    for (const TQuery &field : storedValues())
+        rows.append({QString::fromLatin1(field.name), field.value(file)});
+    return rows;
+}
+
 } // namespace
 
 QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted)
@@ -61,21 +73,31 @@ QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accep
         for (const auto &[caption, text] : panelRows(panelTexts(file, style)))
             rows.append({caption, text});
     }
+    if (options.exposureSeconds) {
+        // Beside its text, so that a spreadsheet never takes "1/4" for a date.
+        const qsizetype at =
+            std::find_if(rows.cbegin(), rows.cend(),
+                         [](const TRow &row) { return row.first == QLatin1String("Exp.Time:"); }) -
+            rows.cbegin();
+        rows.insert(std::min(at + 1, rows.size()),
+                    {QStringLiteral("exposure_time_s"), number(panelNumbers(file).exposureTime)});
+    }
     if (options.numbers)
         rows += numberRows(file);
-    if (options.all) {
-        for (const TQuery &query : allQueries())
-            rows.append({QString::fromLatin1(query.name), query.value(file)});
-        for (const TQuery &field : storedValues())
-            rows.append({QString::fromLatin1(field.name), field.value(file)});
-    }
+    if (options.all)
+        rows += queryRows(file);
     return rows;
+}
+
+QList<TRow> passFacts(const TM9File &file)
+{
+    return QList<TRow>{{QStringLiteral("processFile"), false}} + queryRows(file);
 }
 
 QString fileFinding(const TM9File &file)
 {
     if (!file.isFileFound())
-        return QStringLiteral("file not found");
+        return file.openError();
     if (!file.isHeaderValid())
         return QStringLiteral("not a TIFF file");
     const QString model = file.exif().model.trimmed();
@@ -88,6 +110,9 @@ QString fileFinding(const TM9File &file)
 
 QString fileError(const TM9File &file, bool accepted)
 {
+    // A file that cannot be read is not called a wrong one: its reason alone.
+    if (!file.isFileFound())
+        return file.openError();
     return accepted ? fileFinding(file) : rejectionText(file);
 }
 

@@ -14,13 +14,20 @@ struct TRowOptions {
     bool all = false;       // every query and stored value after them
     bool exact = false;     // the exact texts
     bool numbers = false;   // the exact values as numbers too, for JSON
+    // The exposure time in seconds beside its text (CSV of the exact texts).
+    bool exposureSeconds = false;
 };
 
 // The rows of one file after its pass; builds no picture, so any thread may
 // call it. The first row is the pass's result.
 QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted);
 
-// What a file's pass found amiss: "file not found", "not a TIFF file",
+// What a rejected file's JSON holds with --all: the pass's result and every
+// query and stored value, so that a file can be diagnosed.
+QList<TRow> passFacts(const TM9File &file);
+
+// What a file's pass found amiss: the system's reason it could not be read
+// ("No such file or directory", "Permission denied"), "not a TIFF file",
 // "Model: LEICA M10" (another camera), "file ends at byte N" (cut short; an
 // accepted file keeps its values), "no camera model"; empty for a whole M9
 // or M Monochrom file.
@@ -31,10 +38,10 @@ QString fileFinding(const TM9File &file);
 // its CSV and JSON, and the card window say it alike.
 QString rejectionText(const TM9File &file);
 
-// What is left to say of a file after its pass: the rejection text when it
-// is not accepted, else its finding (a file cut short); empty for a whole
-// file. Scripts see it on stderr and in the CSV and JSON error field, the
-// card window in its error column.
+// What is left to say of a file after its pass: the system's reason when it
+// could not be read, the rejection text when it is not accepted, else its
+// finding (a file cut short); empty for a whole file. Scripts see it on stderr and in the CSV and
+// JSON error field, the card window in its error column.
 QString fileError(const TM9File &file, bool accepted);
 
 #endif // FILEROWS_H

@@ -124,7 +124,7 @@ QByteArray record(TFormat format, const QString &path, const QList<TRow> &rows, 
         const QList<TRow> head{{QStringLiteral("file"), path}};
         const QList<TRow> tail{{QStringLiteral("error"), error}};
         if (!accepted)
-            return jsonLine(head + tail);
+            return jsonLine(head + rows + tail);
         return jsonLine(head + rows + (error.isEmpty() ? QList<TRow>() : tail));
     }
     case TFormat::Csv: {

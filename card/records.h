@@ -26,8 +26,10 @@ QByteArray jsonLine(const QList<TRow> &members);
 QByteArray csvHeader(const QList<TRow> &rows);
 
 // rows begins with the pass's result ("processFile": true/false) except in
-// text. A rejected file prints nothing as text, and its path and error as JSON
-// and CSV; an accepted one with an error (cut short) has it in both too.
+// text. A rejected file prints nothing as text, its path, rows and error as
+// JSON (the caller gives the rows it wants shown: none, or the pass's facts)
+// and its path and error as CSV; an accepted one with an error (cut short)
+// has it in both too.
 QByteArray record(TFormat format, const QString &path, const QList<TRow> &rows, bool accepted,
                   const QString &error);
 

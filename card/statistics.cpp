@@ -117,9 +117,9 @@ TTemperatureRange temperatureRange(const QList<TFrame> &frames)
 {
     TTemperatureRange range;
     for (const TFrame &frame : frames) {
-        if (!frame.accepted)
-            continue;
         const double t = frame.numbers.sensorTemperature;
+        if (!frame.accepted || std::isnan(t))
+            continue;
         range.lowest = range.frames == 0 ? t : std::min(range.lowest, t);
         range.highest = range.frames == 0 ? t : std::max(range.highest, t);
         ++range.frames;

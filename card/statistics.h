@@ -39,7 +39,7 @@ struct TCount {
 QList<TCount> countPer(TCategory category, const QList<TFrame> &frames);
 
 struct TTemperatureRange {
-    int frames = 0; // accepted frames
+    int frames = 0; // accepted frames that hold a temperature
     double lowest = 0;
     double highest = 0;
 };

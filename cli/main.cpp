@@ -11,8 +11,9 @@
 #include "card/limits.h"
 #include "card/queries.h"
 #include "card/records.h"
-#include "cli/sonymakernote.h"
+#include "card/safewrite.h"
 #include "card/statistics.h"
+#include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
 #include "rawfile/tiffentry.h"
@@ -84,10 +85,13 @@ constexpr char kUsage[] =
     "  --version    show the program's name and version and exit\n"
     "\n"
     "Exit status:\n"
-    "  0  every file was accepted whole (and the PDF written)\n"
+    "  0  every file was accepted whole and every output written\n"
     "  1  a file was rejected or ends before its data (its values are still\n"
-    "     given), the PDF could not be written or the OFFSET lies outside the file\n"
-    "  2  usage error\n"
+    "     given), or the OFFSET lies outside the file\n"
+    "  2  usage error, or an output that cannot or must not be written: one of\n"
+    "     the files read, an existing file that is not a PDF, a folder that is\n"
+    "     missing or read-only (all checked before any file is read), or a write\n"
+    "     that failed (the reason is given; nothing is left half written)\n"
     "\n"
     "Examples:\n"
     "  tolvik-info L1002622.DNG                   the panel's rows of one file\n"
@@ -102,6 +106,7 @@ constexpr int kProgressFromFiles = 101;
 
 struct TOptions {
     TFormat format = TFormat::Text;
+    QStringList given; // the options as named, for checking how they combine
     TRowOptions rows;
     int jobs = 0; // 0: one per core
     bool help = false;
@@ -112,6 +117,72 @@ struct TOptions {
     QString sonyOffset;       // --sony-makernote: where the Sony directory lies
     QStringList paths;
 };
+
+// What a run does: the rows of each file, or one of the others.
+enum TMode : unsigned {
+    Rows = 1,
+    Stats = 2,
+    Report = 4,
+    ContactSheet = 8,
+    SonyMakerNote = 16,
+};
+
+struct TModeOption {
+    const char *option;
+    unsigned modes; // the modes it is given in: its own, or those it changes
+};
+// The option that chooses a mode first, then those that change one.
+constexpr TModeOption kModeOptions[] = {
+    {"--stats", Stats},
+    {"--report", Report},
+    {"--contact-sheet", ContactSheet},
+    {"--sony-makernote", SonyMakerNote},
+    {"--json", Rows | Stats | SonyMakerNote},
+    {"--csv", Rows | Stats | SonyMakerNote},
+    {"--exact", Rows | Report},
+    {"--all", Rows | SonyMakerNote},
+    {"--preflight", Rows},
+    {"-j", Rows | Stats | ContactSheet},
+};
+constexpr int kModeChoosers = 4;
+
+TMode modeOf(const TOptions &options)
+{
+    if (options.stats)
+        return Stats;
+    if (!options.reportPath.isEmpty())
+        return Report;
+    if (!options.contactSheetPath.isEmpty())
+        return ContactSheet;
+    return options.sonyOffset.isEmpty() ? Rows : SonyMakerNote;
+}
+
+// Options that cannot work together, and inputs a mode cannot take; an
+// empty text when all fits. Nothing is ever left silently unused.
+QString combinationProblem(const TOptions &options)
+{
+    QStringList choosers;
+    for (int i = 0; i < kModeChoosers; ++i) {
+        if (options.given.contains(QLatin1String(kModeOptions[i].option)))
+            choosers.append(QLatin1String(kModeOptions[i].option));
+    }
+    choosers.removeDuplicates();
+    if (choosers.size() > 1)
+        return QStringLiteral("%1 and %2 cannot be used together").arg(choosers[0], choosers[1]);
+    const TMode mode = modeOf(options);
+    for (const TModeOption &entry : kModeOptions) {
+        if (options.given.contains(QLatin1String(entry.option)) && !(entry.modes & mode))
+            return QStringLiteral("%1 cannot be used with %2")
+                .arg(QLatin1String(entry.option),
+                     choosers.isEmpty() ? QStringLiteral("the rows of files") : choosers[0]);
+    }
+    if ((mode == Report || mode == SonyMakerNote) &&
+        (options.paths.size() != 1 || QFileInfo(options.paths.first()).isDir()))
+        return QStringLiteral("%1 takes one file, not %2")
+            .arg(choosers[0], options.paths.size() != 1 ? QStringLiteral("several")
+                                                        : QStringLiteral("a folder"));
+    return QString();
+}
 
 // Fills options from the arguments; returns the reason they are wrong, or
 // an empty text.
@@ -136,10 +207,10 @@ QString parseArguments(const QStringList &args, TOptions &options)
         } else if (arg == QLatin1String("--version")) {
             options.version = true;
             return QString();
-        } else if (arg == QLatin1String("--json")) {
-            options.format = TFormat::Json;
-        } else if (arg == QLatin1String("--csv")) {
-            options.format = TFormat::Csv;
+        } else if (arg == QLatin1String("--json") || arg == QLatin1String("--csv")) {
+            if (options.format != TFormat::Text)
+                return QStringLiteral("--json and --csv cannot be used together");
+            options.format = arg == QLatin1String("--json") ? TFormat::Json : TFormat::Csv;
         } else if (arg == QLatin1String("--all")) {
             options.rows.all = true;
         } else if (arg == QLatin1String("--stats")) {
@@ -168,13 +239,15 @@ QString parseArguments(const QStringList &args, TOptions &options)
         } else {
             return QStringLiteral("unknown option ") + arg;
         }
+        if (!optionsEnd && arg.startsWith(QLatin1Char('-')) && arg != QLatin1String("-"))
+            options.given.append(arg.startsWith(QLatin1String("-j")) ? QStringLiteral("-j") : arg);
     }
     if (options.paths.isEmpty())
         return QStringLiteral("no file given");
+    if (const QString clash = combinationProblem(options); !clash.isEmpty())
+        return clash;
     options.rows.numbers = options.rows.exact && options.format == TFormat::Json;
-    if ((!options.reportPath.isEmpty() || !options.sonyOffset.isEmpty()) &&
-        options.paths.size() != 1)
-        return QStringLiteral("--report and --sony-makernote take one file");
+    options.rows.exposureSeconds = options.rows.exact && options.format == TFormat::Csv;
     return QString();
 }
 
@@ -214,6 +287,8 @@ TFileResult readFile(const QString &path, const TOptions &options)
     QList<TRow> rows = fileRows(file, options.rows, accepted);
     if (options.format == TFormat::Text && !options.rows.all)
         rows.removeFirst(); // the pass's result, for --all
+    if (!accepted && options.format == TFormat::Json)
+        rows = options.rows.all ? passFacts(file) : QList<TRow>();
     return {record(options.format, path, rows, accepted, error), error};
 }
 
@@ -260,16 +335,16 @@ int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
 {
     TM9File file(path);
     if (!file.processFile()) {
-        std::fprintf(stderr, "%s: %s\n", qPrintable(path), qPrintable(rejectionText(file)));
+        std::fprintf(stderr, "%s: %s\n", qPrintable(path), qPrintable(fileError(file, false)));
         return 1;
     }
     if (!file.hasPreviewImage()) {
         std::fprintf(stderr, "%s: no preview picture to report\n", qPrintable(path));
         return 1;
     }
-    if (!writeReportPdf(file, pdfPath, style)) {
-        std::fprintf(stderr, "tolvik-info: cannot write %s\n", qPrintable(pdfPath));
-        return 1;
+    if (const QString failure = writeReportPdf(file, pdfPath, style); !failure.isEmpty()) {
+        std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(failure));
+        return 2;
     }
     if (const QString finding = fileFinding(file); !finding.isEmpty()) {
         std::fprintf(stderr, "%s: %s\n", qPrintable(path), qPrintable(finding));
@@ -351,19 +426,30 @@ int main(int argc, char *argv[])
         return 2;
     }
 
+    if (!options.sonyOffset.isEmpty())
+        return runSonyMakerNote({options.sonyOffset, options.paths.first(), options.rows.all},
+                                options.format);
+
+    // The files are found (not read) first, so that a destination that is one
+    // of them, or any file that is not a PDF, is refused before the reading.
+    const QStringList files = filesToRead(options.paths);
+    if (drawing) {
+        const QString pdf =
+            options.reportPath.isEmpty() ? options.contactSheetPath : options.reportPath;
+        if (const QString refusal = outputRefusal(pdf, TOutputKind::Pdf, files);
+            !refusal.isEmpty()) {
+            std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(refusal));
+            return 2;
+        }
+    }
 #ifdef TOLVIK_INFO_DRAWS
     if (!options.reportPath.isEmpty())
-        return writeReport(options.reportPath, options.paths.first(),
+        return writeReport(options.reportPath, files.first(),
                            options.rows.exact ? TValueStyle::Exact : TValueStyle::Specified);
 #else
     if (drawing)
         return handOverDrawing(argv);
 #endif
-    if (!options.sonyOffset.isEmpty())
-        return runSonyMakerNote({options.sonyOffset, options.paths.first(), options.rows.all},
-                                options.format);
-
-    const QStringList files = filesToRead(options.paths);
     int jobs = options.jobs > 0 ? options.jobs : QThread::idealThreadCount();
     if (lcTiffEntries().isDebugEnabled())
         jobs = 1; // keeps each file's trace lines together
@@ -396,11 +482,11 @@ int main(int argc, char *argv[])
                 progress.show(i + 1);
             });
         progress.clear();
-        if (!writeContactSheetPdf(TContactSheet(sheetFolder(options.paths), frames),
-                                  options.contactSheetPath)) {
-            std::fprintf(stderr, "tolvik-info: cannot write %s\n",
-                         qPrintable(options.contactSheetPath));
-            return 1;
+        if (const QString failure = writeContactSheetPdf(
+                TContactSheet(sheetFolder(options.paths), frames), options.contactSheetPath);
+            !failure.isEmpty()) {
+            std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(failure));
+            return 2;
         }
         return status;
     }

@@ -1,5 +1,7 @@
 #include "documents/tcontactsheet.h"
 
+#include "card/safewrite.h"
+
 #include "documents/pageframe.h"
 #include "documents/upright.h"
 #include "exif/paneltexts.h"
@@ -195,12 +197,14 @@ int TContactSheet::print(QPagedPaintDevice *device) const
     return pages;
 }
 
-bool writeContactSheetPdf(const TContactSheet &sheet, const QString &pdfPath)
+QString writeContactSheetPdf(const TContactSheet &sheet, const QString &pdfPath)
 {
-    QPdfWriter writer(pdfPath);
-    writer.setPageSize(QPageSize(QPageSize::A4));
-    setReportMargins(&writer);
-    writer.setTitle(sheet.headerText());
-    writer.setCreator(QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion());
-    return sheet.print(&writer) > 0;
+    return writeAtomically(pdfPath, [&](QIODevice &device) {
+        QPdfWriter writer(&device);
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        setReportMargins(&writer);
+        writer.setTitle(sheet.headerText());
+        writer.setCreator(QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion());
+        return sheet.print(&writer) > 0;
+    });
 }

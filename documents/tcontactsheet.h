@@ -45,7 +45,8 @@ private:
     QList<TSheetFrame> m_frames;
 };
 
-// Writes the sheet as an A4 PDF; false when it cannot be written.
-bool writeContactSheetPdf(const TContactSheet &sheet, const QString &pdfPath);
+// Writes the sheet as an A4 PDF through a temporary file renamed when
+// complete; returns an empty text, or the PDF's path and the system's reason.
+QString writeContactSheetPdf(const TContactSheet &sheet, const QString &pdfPath);
 
 #endif // TCONTACTSHEET_H

@@ -1,5 +1,7 @@
 #include "documents/treport.h"
 
+#include "card/safewrite.h"
+
 #include "documents/pageframe.h"
 #include "documents/rgbdistribution.h"
 #include "documents/upright.h"
@@ -265,18 +267,20 @@ int TReport::print(QPagedPaintDevice *device) const
     return pages;
 }
 
-bool writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style)
+QString writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style)
 {
     if (!file.previewImage())
-        return false;
+        return writeFailure(file.fileNameComplete(),
+                            QStringLiteral("no preview picture to report"));
     TRgbDistribution distribution;
     distribution.add(file.previewImage());
     const TReport report(file, distribution.picture(), style);
-
-    QPdfWriter writer(pdfPath);
-    writer.setPageSize(QPageSize(QPageSize::A4));
-    setReportMargins(&writer);
-    writer.setTitle(file.fileName());
-    writer.setCreator(reportCreator());
-    return report.print(&writer) > 0;
+    return writeAtomically(pdfPath, [&](QIODevice &device) {
+        QPdfWriter writer(&device);
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        setReportMargins(&writer);
+        writer.setTitle(file.fileName());
+        writer.setCreator(reportCreator());
+        return report.print(&writer) > 0;
+    });
 }

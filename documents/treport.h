@@ -64,9 +64,10 @@ private:
 };
 
 // Writes the report of a processed file to a PDF, with the RGB distribution of
-// its preview alone. False when the file has no preview or the PDF cannot be
-// written.
-bool writeReportPdf(TM9File &file, const QString &pdfPath,
+// its preview alone, through a temporary file renamed when complete. Returns
+// an empty text, or what went wrong (no preview; the PDF's path and the
+// system's reason).
+QString writeReportPdf(TM9File &file, const QString &pdfPath,
                     TValueStyle style = TValueStyle::Specified);
 
 #endif // TREPORT_H

@@ -140,9 +140,14 @@ TPanelNumbers panelNumbers(const TM9File &file)
                         ? quotientOrNaN(exif.focalLength.num, exif.focalLength.den)
                         : kMissing;
     n.expCorrection = quotientOrNaN(exif.exposureBiasValue.num, exif.exposureBiasValue.den);
-    n.measuredLV = leica.measuredLV;
-    n.sensorBrightness = leica.externalSensorBrightness;
-    n.sensorTemperature = leica.cameraTemperature;
+    // The maker note stores 0 for these as for a missing entry: only the
+    // entry tells them apart.
+    const auto held = [&file](quint16 tag, double value) {
+        return file.hasLeicaTag(tag) ? value : kMissing;
+    };
+    n.measuredLV = held(0x3407, leica.measuredLV);
+    n.sensorBrightness = held(0x3408, leica.externalSensorBrightness);
+    n.sensorTemperature = held(0x3402, leica.cameraTemperature);
     n.taken = exifDateTime(exif.dateTimeOriginal);
     return n;
 }
@@ -179,7 +184,13 @@ TPanelTexts panelTexts(const TM9File &file, TValueStyle style)
         t.apprAperture = exactAperture(leica.approximateFNumber);
         t.expCorrection = exactCorrection(exif.exposureBiasValue);
         t.focalLength = exactFocalLength(exif.focalLength);
-        t.sensorTemperature = exactTemperature(leica.cameraTemperature);
+        const TPanelNumbers n = panelNumbers(file);
+        t.sensorTemperature = std::isnan(n.sensorTemperature)
+                                  ? notAvailableText()
+                                  : exactTemperature(leica.cameraTemperature);
+        t.measuredLV = std::isnan(n.measuredLV) ? notAvailableText() : t.measuredLV;
+        t.sensorBrightness =
+            std::isnan(n.sensorBrightness) ? notAvailableText() : t.sensorBrightness;
     }
     return t;
 }

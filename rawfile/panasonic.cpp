@@ -14,6 +14,7 @@ void TM9File::processPanasonicSubDirIFD()
     const quint32 entryCount = r.entriesInData(r.readU16());
     for (quint32 i = 0; i < entryCount; ++i) {
         const quint16 tag = readEntryHead(r, length, &leicaTagName).tag;
+        m_leicaTags.insert(tag);
 
         switch (tag) {
         case 0x300A: l.contrast = r.readU32(); break;

@@ -6,6 +6,8 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 TM9File::TM9File() = default;
 
@@ -52,6 +54,16 @@ void TM9File::openFile()
     if (info.isFile())
         m_file->open(QIODevice::ReadOnly | QIODevice::Unbuffered); // the reader reads whole blocks
     m_fileFound = m_file->isOpen();
+    if (m_fileFound)
+        m_openError.clear();
+    else if (!info.exists() && !info.isSymLink())
+        m_openError = QString::fromLocal8Bit(std::strerror(ENOENT));
+    else if (!info.isFile())
+        m_openError = info.exists()
+                          ? QStringLiteral("not a regular file")
+                          : QString::fromLocal8Bit(std::strerror(ENOENT)); // a dangling link
+    else
+        m_openError = m_file->errorString();
 }
 
 bool TM9File::isFileUnchanged() const

@@ -58,6 +58,10 @@ public:
     // What processFile found: whether the file was there to read, and the
     // size it had then.
     bool isFileFound() const { return m_fileFound; }
+    // Why the file could not be read: the system's reason ("No such file or
+    // directory", "Permission denied") or "not a regular file"; empty when
+    // it was opened.
+    QString openError() const { return m_openError; }
     qint64 fileSize() const { return m_fileSize; }
     // The file ends before data its directories point to (a copy broken
     // off): the values read are kept, the rest read as zeros.
@@ -67,6 +71,8 @@ public:
     bool isFileUnchanged() const;
     // Whether the Sony maker note holds the tag.
     bool hasSonyTag(quint16 tag) const { return m_sonyTags.contains(tag); }
+    // Whether the Leica maker note's sub-directories hold the tag.
+    bool hasLeicaTag(quint16 tag) const { return m_leicaTags.contains(tag); }
 
     // --- directory walkers (rawfile/) ---
     void processIFD();
@@ -357,6 +363,8 @@ private:
     TLeicaValues m_leica;
     TSonyValues m_sony;
     QSet<quint16> m_sonyTags;
+    QSet<quint16> m_leicaTags;
+    QString m_openError;
 };
 
 #endif // TM9FILE_H

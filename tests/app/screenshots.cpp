@@ -121,7 +121,7 @@ bool saveCard(const QString &folder, const QString &dir)
         return false;
 
     const QString pdf = dir + QStringLiteral("contact-sheet.pdf");
-    if (!writeContactSheetPdf(card->contactSheet(), pdf))
+    if (!writeContactSheetPdf(card->contactSheet(), pdf).isEmpty())
         return false;
     std::printf("%s\n", qPrintable(pdf));
 
@@ -204,7 +204,7 @@ int main(int argc, char *argv[])
 
     TM9File file(args[1]);
     const QString pdf = dir + QStringLiteral("report.pdf");
-    if (!file.processFile() || !writeReportPdf(file, pdf))
+    if (!file.processFile() || !writeReportPdf(file, pdf).isEmpty())
         return 1;
     std::printf("%s\n", qPrintable(pdf));
 

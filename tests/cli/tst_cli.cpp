@@ -158,7 +158,7 @@ void TestCli::findings_data()
     const QByteArray whole = sampleM9Dng();
     QTest::newRow("another camera") << sampleM9Dng(m10) << "(Model: LEICA M10)" << false;
     QTest::newRow("not a TIFF file") << QByteArray("GIF89a", 6) << "(not a TIFF file)" << false;
-    QTest::newRow("not there") << QByteArray() << "(file not found)" << false;
+    QTest::newRow("not there") << QByteArray() << "No such file or directory" << false;
     QTest::newRow("cut short") << whole.left(whole.size() - 100)
                                << QStringLiteral("file ends at byte %1").arg(whole.size() - 100)
                                << true;
@@ -200,8 +200,14 @@ void TestCli::json()
     QCOMPARE(o["exif_0x9204_ExpCompensationAsReal"].toDouble(), -2.0 / 3.0);
     QCOMPARE(o["leica.serialNumber"].toString(), QStringLiteral("3912204"));
     QCOMPARE(o["leica.measuredLV"].toDouble(), 12.34567);
-    QCOMPARE(objects[1].keys(), (QStringList{"error", "file"})); // no values for a rejected file
+    // A rejected file: what the pass found, to diagnose it by; without --all
+    // its path and error alone.
+    QCOMPARE(objects[1]["processFile"].toBool(true), false);
+    QVERIFY(objects[1].contains("isBigEndian") && objects[1].contains("exif.model"));
+    QVERIFY(!objects[1].contains("Camera"));
     QVERIFY(run.err.contains(m_random));
+    QCOMPARE(jsonLines(tolvikInfo({"--json", m_random}).out).value(0).keys(),
+             (QStringList{"error", "file"}));
 }
 
 // --exact: the camera's texts, and beside them numbers of JSON's own types;
