@@ -8,6 +8,7 @@
 #include "exif/paneltexts.h"
 #include "rawfile/dngfiles.h"
 #include "rawfile/tm9file.h"
+#include "safeprint.h"
 #include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
 
@@ -94,23 +95,16 @@ QIcon foldIcon(const QString &path)
     return QIcon(QPixmap(path));
 }
 
-// Saving the preview failed: where, and why.
-QString saveFailedText(const QString &path, const QString &reason)
-{
-    return QStringLiteral("Datei %1 wurde nicht gespeichert: %2").arg(path, reason);
-}
-
 // The preview is made from the file when first asked for; by then it was gone.
 QString previewGoneText()
 {
-    return QStringLiteral(
-        "Keine Vorschau: die Datei wurde nach dem Öffnen entfernt oder verändert.");
+    return QStringLiteral("No preview: the file was removed or changed after it was opened.");
 }
 
 // Beside the values of a file cut short.
 QString incompleteText(const QString &finding)
 {
-    return QStringLiteral("Datei unvollständig (%1): die übrigen Werte fehlen.").arg(finding);
+    return QStringLiteral("File incomplete (%1): the remaining values are missing.").arg(finding);
 }
 
 } // namespace
@@ -337,8 +331,10 @@ void MainWindow::on_actionPrint_triggered()
                                   QStringLiteral(".pdf"));
     }
     QPrintPreviewDialog preview(&printer);
-    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
-            [&report](QPrinter *target) { report.print(target); });
+    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview, [&](QPrinter *target) {
+        printSafely(&preview, target, {currentFileName},
+                    [&report](QPrinter *p) { return report.print(p) > 0; });
+    });
     preview.exec();
 }
 
@@ -357,25 +353,28 @@ void MainWindow::on_actionSave_Preview_triggered()
                                      previewProposal(currentFileName), tr("Images (*.jpg)"));
     if (path.isEmpty() || !rawFile)
         return;
+    const QString title = QStringLiteral("Save Preview");
+    if (const QString refusal = outputRefusal(path, TOutputKind::Jpeg, {currentFileName});
+        !refusal.isEmpty()) {
+        warnNotWritten(this, title, refusal);
+        return;
+    }
     if (!rawFile->previewImage()) {
         if (rawFile->hasPreviewImage()) // it was there when the file was opened
-            QMessageBox::warning(this, QStringLiteral("Save Preview"), previewGoneText());
+            QMessageBox::warning(this, title, previewGoneText());
         return;
     }
-    QFile file(path);
-    QImageWriter writer(&file, "jpg");
-    QString reason;
-    if (!file.open(QIODevice::WriteOnly)) {
-        reason = file.errorString();
-    } else if (!writer.write(rawFile->previewImage()->toImage())) {
-        reason = writer.errorString();
-        file.remove(); // not left half written
-    }
-    if (!reason.isEmpty()) {
-        QMessageBox::warning(this, QStringLiteral("Save Preview"), saveFailedText(path, reason));
+    const QImage picture = rawFile->previewImage()->toImage();
+    if (const QString failure = writeAtomically(path,
+                                                [&picture](QIODevice &device) {
+                                                    QImageWriter writer(&device, "jpg");
+                                                    return writer.write(picture);
+                                                });
+        !failure.isEmpty()) {
+        warnNotWritten(this, title, failure);
         return;
     }
-    QMessageBox box(QMessageBox::Information, QStringLiteral("Save Preview"),
+    QMessageBox box(QMessageBox::Information, title,
                     QStringLiteral("Datei ") + path + QStringLiteral(" wurde gespeichert"),
                     QMessageBox::Ok, this);
     box.exec();

@@ -492,16 +492,25 @@ void TestCommands::savePreviewLeavesFileUntouched()
         QCOMPARE(proposed, m_files.filePath(QStringLiteral("L1000123.jpg")));
         QCOMPARE(box->title, QStringLiteral("Save Preview"));
         QCOMPARE(box->text, QStringLiteral("Datei ") + jpeg + QStringLiteral(" wurde gespeichert"));
-        // A folder that cannot be written to: said so, with the path and why.
-        const QString nowhere =
-            m_files.filePath(QStringLiteral("folder.jpg")); // root writes anywhere
-        QVERIFY(QDir().mkpath(nowhere));
-        apptest::whenModal<QFileDialog>([&](QFileDialog *d) { chooseFile(d, nowhere); });
-        auto failed = apptest::answerNextBox(QMessageBox::Ok);
-        window.findChild<QAction *>(QStringLiteral("actionSave_Preview"))->trigger();
-        QCOMPARE(failed->icon, QMessageBox::Warning);
-        QCOMPARE(failed->text, QStringLiteral("Datei ") + nowhere +
-                                   QStringLiteral(" wurde nicht gespeichert: Is a directory"));
+        // Destinations refused with the path and why, the raw file untouched.
+        const QString folder = m_files.filePath(QStringLiteral("folder.jpg"));
+        QVERIFY(QDir().mkpath(folder));
+        const QString link = m_files.filePath(QStringLiteral("link.jpg"));
+        QVERIFY(QFile::link(raw, link));
+        const std::pair<QString, const char *> refused[] = {
+            {folder, "is a folder"},
+            {raw, "is one of the files being read"},
+            {link, "is one of the files being read"},
+            {apptest::writeSample(m_files, QStringLiteral("other.jpg")), "is not a JPEG file"},
+        };
+        for (const auto &[destination, reason] : refused) {
+            apptest::whenModal<QFileDialog>([&](QFileDialog *d) { chooseFile(d, destination); });
+            auto failed = apptest::answerNextBox(QMessageBox::Ok);
+            window.findChild<QAction *>(QStringLiteral("actionSave_Preview"))->trigger();
+            QVERIFY2(failed->icon == QMessageBox::Warning && failed->text.contains(destination) &&
+                         failed->text.contains(reason),
+                     qPrintable(failed->text));
+        }
         const auto [program, arguments] = MainWindow::externalProgramLaunch(reader, raw);
         QCOMPARE(QProcess::execute(program, arguments), 0);
     }
