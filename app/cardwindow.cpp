@@ -1,10 +1,12 @@
 #include "cardwindow.h"
 #include "ui_cardwindow.h"
 
+#include "card/safewrite.h"
 #include "cardloader.h"
 #include "cardmodel.h"
 #include "documents/pageframe.h"
 #include "documents/tcontactsheet.h"
+#include "safeprint.h"
 #include "tstatisticspane.h"
 
 #include <QCloseEvent>
@@ -160,10 +162,10 @@ void TCardWindow::on_actionExport_CSV_triggered()
         QDir::home().filePath(QFileInfo(m_folder).fileName() + QStringLiteral(".csv"));
     const QString path =
         QFileDialog::getSaveFileName(this, tr("Export CSV"), proposal, tr("CSV files (*.csv)"));
-    if (path.isEmpty() || exportCsv(path))
+    if (path.isEmpty())
         return;
-    QMessageBox::warning(this, tr("Export CSV"),
-                         tr("%1 could not be written.").arg(QDir::toNativeSeparators(path)));
+    if (const QString failure = exportCsv(path); !failure.isEmpty())
+        warnNotWritten(this, tr("Export CSV"), failure);
 }
 
 void TCardWindow::on_actionClose_triggered()
@@ -179,11 +181,21 @@ QList<int> TCardWindow::shownRows() const
     return rows;
 }
 
-bool TCardWindow::exportCsv(const QString &path) const
+QStringList TCardWindow::cardFiles() const
 {
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(m_model->csv(shownRows())) >= 0 &&
-           file.commit();
+    QStringList files;
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        files.append(m_model->cardRow(row).path);
+    return files;
+}
+
+QString TCardWindow::exportCsv(const QString &path) const
+{
+    if (const QString refusal = outputRefusal(path, TOutputKind::Csv, cardFiles());
+        !refusal.isEmpty())
+        return refusal;
+    const QByteArray csv = m_model->csv(shownRows());
+    return writeAtomically(path, [&csv](QIODevice &device) { return device.write(csv) >= 0; });
 }
 
 // --- contact sheet ---
@@ -205,8 +217,10 @@ void TCardWindow::on_actionPrint_Contact_Sheet_triggered()
     setReportMargins(&printer);
     printer.setDocName(sheet.headerText());
     QPrintPreviewDialog preview(&printer, this);
-    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
-            [&sheet](QPrinter *target) { sheet.print(target); });
+    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview, [&](QPrinter *target) {
+        printSafely(&preview, target, cardFiles(),
+                    [&sheet](QPrinter *p) { return sheet.print(p) > 0; });
+    });
     preview.exec();
 }
 
@@ -217,10 +231,13 @@ void TCardWindow::on_actionSave_Contact_Sheet_triggered()
         (name.isEmpty() ? QStringLiteral("card") : name) + QStringLiteral("-contact-sheet.pdf"));
     const QString path = QFileDialog::getSaveFileName(this, tr("Save Contact Sheet as PDF"),
                                                       proposal, tr("PDF files (*.pdf)"));
-    if (path.isEmpty() || writeContactSheetPdf(contactSheet(), path).isEmpty())
+    if (path.isEmpty())
         return;
-    QMessageBox::warning(this, tr("Save Contact Sheet"),
-                         tr("%1 could not be written.").arg(QDir::toNativeSeparators(path)));
+    QString failure = outputRefusal(path, TOutputKind::Pdf, cardFiles());
+    if (failure.isEmpty())
+        failure = writeContactSheetPdf(contactSheet(), path);
+    if (!failure.isEmpty())
+        warnNotWritten(this, tr("Save Contact Sheet"), failure);
 }
 
 // --- statistics ---

@@ -38,8 +38,9 @@ public:
     // is current. At either end nothing happens.
     bool stepRow(int direction);
 
-    // Writes the shown rows in the shown order; false when the file cannot be written.
-    bool exportCsv(const QString &path) const;
+    // Writes the shown rows in the shown order; an empty text, or why the
+    // file was not written (refused, or the system's reason).
+    QString exportCsv(const QString &path) const;
     // The contact sheet of the shown rows in the shown order.
     TContactSheet contactSheet() const;
 
@@ -74,6 +75,7 @@ private:
     void updateStatistics();
     void filterByCategory(TCategory category, const QString &value);
     QList<int> shownRows() const;
+    QStringList cardFiles() const; // every file of the card, to be kept from any output
     void askPicturesAhead();
     QString pathAt(const QModelIndex &index) const;
 

@@ -33,9 +33,8 @@ bool endsAsPdf(const QString &path)
 // Whether the printer writes a file now (not the preview's pages).
 bool writesPdfFile(QPrinter *printer)
 {
-    return printer->outputFormat() == QPrinter::PdfFormat &&
-           !printer->outputFileName().isEmpty() && printer->paintEngine() &&
-           printer->paintEngine()->type() == QPaintEngine::Pdf;
+    return printer->outputFormat() == QPrinter::PdfFormat && !printer->outputFileName().isEmpty() &&
+           printer->paintEngine() && printer->paintEngine()->type() == QPaintEngine::Pdf;
 }
 
 } // namespace

@@ -228,7 +228,11 @@ void TestCard::windowOnFolder()
     // The export equals tolvik-info's for the same folder in the same order.
     view->sortByColumn(TCardModel::FileName, Qt::AscendingOrder);
     const QString csv = m_settings.filePath(QStringLiteral("card.csv"));
-    QVERIFY(card->exportCsv(csv));
+    QCOMPARE(card->exportCsv(csv), QString());
+    // Never over a file of the card, nor a file that is no table.
+    const QString raw = card->folder() + QStringLiteral("/A.DNG");
+    QVERIFY(card->exportCsv(raw).contains(QStringLiteral("is one of the files being read")));
+    QVERIFY(card->exportCsv(raw + QStringLiteral("/x.csv")).contains(raw));
     QFile exported(csv);
     QVERIFY(exported.open(QIODevice::ReadOnly));
     QProcess info;

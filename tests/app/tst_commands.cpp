@@ -481,7 +481,8 @@ void TestCommands::savePreviewLeavesFileUntouched()
         window.openFile(raw);
         QVERIFY(window.rawFile && window.rawFile->hasPreviewImage());
         window.rawFile->extractFullSizeImage(nullptr);
-        QVERIFY(writeReportPdf(*window.rawFile, m_files.filePath(QStringLiteral("touch.pdf"))).isEmpty());
+        QVERIFY(writeReportPdf(*window.rawFile, m_files.filePath(QStringLiteral("touch.pdf")))
+                    .isEmpty());
         QString proposed;
         apptest::whenModal<QFileDialog>([&](QFileDialog *dialog) {
             proposed = dialog->selectedFiles().value(0);
