@@ -87,6 +87,36 @@ QString errnoText(int error)
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
+// Passes writes on to the file and keeps the first that failed: some writers
+// (Qt's PDF engine) go on without looking at what a write returned, and the
+// file's own error is reset by later calls.
+class TGuardedWrites : public QIODevice {
+public:
+    explicit TGuardedWrites(QSaveFile &file) : m_file(file) { open(QIODevice::WriteOnly); }
+    QString failure() const { return m_failure; }
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 length) override
+    {
+        if (!m_failure.isEmpty())
+            return -1;
+        errno = 0;
+        const qint64 written = m_file.write(data, length);
+        if (written != length) {
+            const int error = errno;
+            // The file's own text says "Unknown error" until its buffer is flushed.
+            m_failure = error != 0 ? errnoText(error) : m_file.errorString();
+            return -1;
+        }
+        return written;
+    }
+
+private:
+    QSaveFile &m_file;
+    QString m_failure;
+};
+
 } // namespace
 
 QString writeFailure(const QString &path, const QString &reason)
@@ -131,10 +161,12 @@ QString writeAtomically(const QString &path, const std::function<bool(QIODevice 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return writeFailure(path, file.errorString());
-    if (!write(file)) {
-        const QString reason = file.error() != QFileDevice::NoError
-                                   ? file.errorString()
-                                   : QStringLiteral("the content could not be made");
+    TGuardedWrites guarded(file);
+    const bool written = write(guarded);
+    QString reason = guarded.failure();
+    if (reason.isEmpty() && !written)
+        reason = QStringLiteral("the content could not be made");
+    if (!reason.isEmpty()) {
         file.cancelWriting();
         return writeFailure(path, reason);
     }

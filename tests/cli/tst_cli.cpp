@@ -9,7 +9,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QtTest>
+
+#include <unistd.h>
 
 using namespace fixture;
 
@@ -45,6 +49,12 @@ QList<QJsonObject> jsonLines(const QString &out)
     return objects;
 }
 
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 } // namespace
 
 class TestCli : public QObject {
@@ -55,6 +65,9 @@ private Q_SLOTS:
     void exitStatus_data();
     void exitStatus();
     void rows();
+    void neverOverAnInput_data();
+    void neverOverAnInput();
+    void fullDisk();
     void findings_data();
     void findings();
     void json();
@@ -102,6 +115,15 @@ void TestCli::exitStatus_data()
     QTest::newRow("report") << QStringList{"--report", ":pdf", ":good"} << 0;
     QTest::newRow("report of another camera: nothing written")
         << QStringList{"--report", ":pdf", ":other"} << 1;
+    // Options that cannot work together are never silently ignored.
+    QTest::newRow("stats and contact sheet")
+        << QStringList{"--stats", "--contact-sheet", ":pdf", ":good"} << 2;
+    QTest::newRow("report of two files") << QStringList{"--report", ":pdf", ":good", ":good"} << 2;
+    QTest::newRow("Sony maker note of a folder")
+        << QStringList{"--sony-makernote", "8", ":folder"} << 2;
+    QTest::newRow("json and csv") << QStringList{"--json", "--csv", ":good"} << 2;
+    QTest::newRow("stats of exact values") << QStringList{"--stats", "--exact", ":good"} << 2;
+    QTest::newRow("report as JSON") << QStringList{"--report", ":pdf", "--json", ":good"} << 2;
 }
 
 void TestCli::exitStatus()
@@ -116,6 +138,8 @@ void TestCli::exitStatus()
             a = m_other;
         else if (a == ":pdf")
             a = m_pdf;
+        else if (a == ":folder")
+            a = m_files.path(".");
     }
     QFile::remove(m_pdf);
     const Run run = tolvikInfo(arguments);
@@ -130,6 +154,81 @@ void TestCli::exitStatus()
         QCOMPARE(run.out, QStringLiteral("tolvik-info " TOLVIK_VERSION "\n"));
     if (arguments == QStringList{"--help"})
         QVERIFY(run.out.startsWith(QLatin1String("Usage: tolvik-info")));
+}
+
+void TestCli::neverOverAnInput_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("destination"); // in the folder of A.DNG and B.DNG
+    QTest::addColumn<int>("status");
+    for (const QString option : {"--report", "--contact-sheet"}) {
+        const auto row = [&](const char *name, const char *destination, int status) {
+            QTest::newRow(qPrintable(option + ", " + name)) << option << destination << status;
+        };
+        row("the input", "A.DNG", 2);
+        row("a hard link to it", "hard.pdf", 2);
+        row("a symbolic link to it", "soft.pdf", 2);
+        row("a detour to it", "x/../A.DNG", 2);
+        row("a DNG not read", "C.DNG", 2);
+        row("a folder", "x", 2);
+        row("in a missing folder", "gone/r.pdf", 2);
+        row("an earlier report", "earlier.pdf", 0);
+    }
+}
+
+// A slip of word order never costs a frame: the destination is refused
+// before any file is read, and nothing changes.
+void TestCli::neverOverAnInput()
+{
+    QFETCH(QString, option);
+    QFETCH(QString, destination);
+    fixture::TempFiles card;
+    const QString a = card.write("A.DNG", sampleM9Dng());
+    card.write("B.DNG", sampleM9Dng());
+    const QString c = card.write("C.DNG", sampleM9Dng());
+    QVERIFY(QDir().mkpath(card.path("x")));
+    QVERIFY(::link(QFile::encodeName(a).constData(),
+                   QFile::encodeName(card.path("hard.pdf")).constData()) == 0);
+    QVERIFY(QFile::link(a, card.path("soft.pdf")));
+    card.write("earlier.pdf", "%PDF-1.4\n%%EOF\n");
+    const QByteArray rawBefore = sampleM9Dng();
+    const QString target = card.path(destination);
+    const QStringList inputs{a, card.path(option == "--report" ? "A.DNG" : "B.DNG")};
+
+    const Run run =
+        tolvikInfo(QStringList{option, target} + inputs.mid(option == "--report" ? 1 : 0));
+    QTEST(run.status, "status");
+    for (const QString &raw : {a, c})
+        QCOMPARE(fileBytes(raw), rawBefore);
+    if (run.status == 2) {
+        QVERIFY2(run.err.startsWith("tolvik-info: " + target + ": ") &&
+                     run.err.count(QLatin1Char('\n')) == 1,
+                 qPrintable(run.err));
+    } else {
+        QVERIFY(fileBytes(target).startsWith("%PDF-"));
+    }
+    QCOMPARE(QDir(card.path(".")).entryList(QDir::Hidden | QDir::Files).size(), 6); // no leftovers
+}
+
+// A write that fails on a full disk says so and leaves nothing behind.
+void TestCli::fullDisk()
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("unshare")).isEmpty())
+        QSKIP("needs unshare to mount a small file system");
+    QTemporaryDir small;
+    QProcess process;
+    // A private mount of a 16 KB file system; a report needs far more.
+    process.start(QStringLiteral("unshare"),
+                  {"-rm", "sh", "-c",
+                   "mount -t tmpfs -o size=16k tmpfs \"$1\" || exit 77; \"$2\" --report "
+                   "\"$1/r.pdf\" \"$3\"; echo \"status $?\"; ls -A \"$1\"",
+                   "sh", small.path(), QStringLiteral(TOLVIK_INFO), m_good});
+    QVERIFY(process.waitForFinished(30000));
+    if (process.exitCode() == 77 || process.exitCode() == 1)
+        QSKIP("no private mounts here");
+    const QString err = QString::fromUtf8(process.readAllStandardError());
+    QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()), QStringLiteral("status 2\n"));
+    QVERIFY2(err.contains(small.path() + "/r.pdf: No space left on device"), qPrintable(err));
 }
 
 void TestCli::rows()
