@@ -5,6 +5,7 @@
 // input file and a writable /tmp, without a display. A file it does not accept gets no output and
 // exit status 1, so that the file manager falls back to its own icon.
 
+#include "card/safewrite.h"
 #include "documents/upright.h"
 #include "rawfile/tm9file.h"
 
@@ -32,7 +33,9 @@ void describe(QCommandLineParser &parser, const QCommandLineOption &size)
         "Writes the embedded preview of a Leica M9 or M Monochrom DNG file, turned upright by its "
         "orientation and no larger than SIZE pixels on either side, as a PNG: the thumbnail the "
         "file manager shows (/usr/share/thumbnailers/tolvik.thumbnailer).\n"
-        "A file that is not an M9 or M Monochrom DNG, or has no preview, gets no OUTPUT.\n"
+        "A file that is not an M9 or M Monochrom DNG, or has no preview, gets no OUTPUT; "
+        "nor does an OUTPUT that is the INPUT or an existing file other than a PNG. The PNG "
+        "replaces OUTPUT only when it is complete.\n"
         "\n"
         "Exit status: 0 the PNG was written, 1 the file was not accepted or OUTPUT could not be "
         "written, 2 usage error."));
@@ -101,9 +104,18 @@ int main(int argc, char *argv[])
         return usageError(QStringLiteral("give one INPUT and one OUTPUT"));
 
     const QString input = localPath(paths[0]);
+    const QString output = localPath(paths[1]);
+    if (const QString refusal = outputRefusal(output, TOutputKind::Png, {input});
+        !refusal.isEmpty()) {
+        std::fprintf(stderr, "tolvik-thumbnailer: %s\n", qPrintable(refusal));
+        return 1;
+    }
     TM9File file(input);
     if (!file.processFile()) {
-        std::fprintf(stderr, "%s: not a Leica M9 or M Monochrom DNG\n", qPrintable(input));
+        // A file that cannot be read is not called a wrong one.
+        std::fprintf(stderr, "%s: %s\n", qPrintable(input),
+                     file.isFileFound() ? "not a Leica M9 or M Monochrom DNG"
+                                        : qPrintable(file.openError()));
         return 1;
     }
     QImage picture = turnedByOrientation(file.previewPicture(), file.exif().orientation);
@@ -114,12 +126,13 @@ int main(int argc, char *argv[])
     if (picture.width() > size || picture.height() > size)
         picture = picture.scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 
-    const QString output = localPath(paths[1]);
-    QImageWriter writer(output, "png");
-    writer.setQuality(kPngQuality);
-    if (!writer.write(picture)) {
-        QFile::remove(output); // no half-written picture
-        std::fprintf(stderr, "tolvik-thumbnailer: cannot write %s\n", qPrintable(output));
+    const QString failure = writeAtomically(output, [&picture](QIODevice &device) {
+        QImageWriter writer(&device, "png");
+        writer.setQuality(kPngQuality);
+        return writer.write(picture);
+    });
+    if (!failure.isEmpty()) {
+        std::fprintf(stderr, "tolvik-thumbnailer: %s\n", qPrintable(failure));
         return 1;
     }
     return 0;

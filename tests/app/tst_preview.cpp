@@ -64,12 +64,14 @@ void TestPreview::foldAndReadout()
     auto *panel = window.findChild<QFrame *>(QStringLiteral("frame_4"));
     window.openFile(write(preview));
 
-    // The arrow on the button and whether the preview panel lies inside the window.
+    // The arrow on the button and whether the preview panel lies inside the
+    // window. The resource goes through the same icon and conversions as the
+    // button's, so that both round alike on any processor.
     const auto state = [&](const char *icon) {
         const QRect inWindow(panel->mapTo(&window, QPoint(0, 0)), panel->size());
-        const auto image = [](const QImage &i) { return i.convertToFormat(QImage::Format_ARGB32); };
-        return std::pair(image(fold->icon().pixmap(QSize(16, 16)).toImage()) ==
-                             image(QImage(QStringLiteral(":/images/") + icon)),
+        const auto image = [](const QIcon &i) { return i.pixmap(QSize(16, 16)).toImage(); };
+        return std::pair(image(fold->icon()) ==
+                             image(QIcon(QPixmap(QStringLiteral(":/images/") + icon))),
                          window.rect().contains(inWindow.topRight()));
     };
     QCOMPARE(state("btn_Aufklappen.tiff"), std::pair(true, false));
@@ -134,12 +136,19 @@ void TestPreview::distribution()
     QCOMPARE(picture.size(), QSize(255, 100));
     for (int x : fullColumns) {
         const QColor colour = x == 200 ? Qt::red : x < 150 ? Qt::green : Qt::blue;
-        for (int y : {0, 50, 99})
-            QCOMPARE(picture.pixel(x, y), colour.rgba());
+        for (int y : {0, 50, 99}) {
+            // Painted: the colour within the rounding of the drawing code.
+            const QColor seen = picture.pixelColor(x, y);
+            QVERIFY2(std::abs(seen.red() - colour.red()) + std::abs(seen.green() - colour.green()) +
+                                 std::abs(seen.blue() - colour.blue()) <=
+                             3 &&
+                         seen.alpha() >= 254,
+                     qPrintable(QStringLiteral("%1 at %2,%3").arg(seen.name()).arg(x).arg(y)));
+        }
     }
     for (int x : emptyColumns) {
         for (int y = 0; y < picture.height(); ++y)
-            QVERIFY2(qAlpha(picture.pixel(x, y)) == 0, qPrintable(QString::number(x)));
+            QVERIFY2(qAlpha(picture.pixel(x, y)) <= 1, qPrintable(QString::number(x)));
     }
 }
 

@@ -315,6 +315,7 @@ void TestCli::exactJson()
 {
     SampleM9 options;
     options.iso = 0;
+    options.withTemperature = false;
     const QString noIso = m_files.write("L1000002.DNG", sampleM9Dng(options));
     const Run run = tolvikInfo({"--exact", "--json", m_good, noIso});
     QCOMPARE(run.status, 0);
@@ -332,6 +333,8 @@ void TestCli::exactJson()
     QCOMPARE(o["exposure_correction_ev"].toDouble(), -2.0 / 3.0);
     QCOMPARE(o["sensor_temperature_c"].toDouble(), 24.0);
     QCOMPARE(objects[1]["iso"].type(), QJsonValue::Null);
+    QCOMPARE(objects[1]["sensor_temperature_c"].type(), QJsonValue::Null); // not 0
+    QCOMPARE(objects[1]["SensorTemperature"].toString(), QStringLiteral("n.a"));
     QCOMPARE(objects[1]["ISO"].toString(), QStringLiteral("n.a"));
 
     // Text and CSV carry the texts alone.

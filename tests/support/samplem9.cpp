@@ -67,7 +67,9 @@ QByteArray leicaNote(const SampleM9 &o)
     d3100->ascii(0x3103, "3912204", true).ascii(0x3109, "1.196", true);
     d3100->longValue(0x312A, 160).longValue(0x312B, 5270).longValue(0x312C, 3516);
     d3100->longValue(0x312D, 14);
-    d3400->slong(0x3402, o.temperature).longValue(0x3405, o.lensType);
+    if (o.withTemperature)
+        d3400->slong(0x3402, o.temperature);
+    d3400->longValue(0x3405, o.lensType);
     d3400->rational(0x3406, o.fNumber.first, o.fNumber.second);
     d3400->slong(0x3407, 1234567).slong(0x3408, 987654);
     d3900->bytes(0x3901, Undefined, QByteArray(16, '\0'));

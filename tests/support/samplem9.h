@@ -23,6 +23,7 @@ struct SampleM9 {
     QImage preview;                // 320 x 240 scene when null
     quint32 lensType = 32 * 4 + 3; // Summilux-M 50mm f/1.4 ASPH., frame 50/75
     qint32 temperature = 24;
+    bool withTemperature = true; // the maker note's entry 0x3402
     std::pair<quint32, quint32> exposureTime{1, 250};
     std::pair<quint32, quint32> fNumber{56, 10}; // the camera's estimate
     std::pair<quint32, quint32> focalLength{50, 1};
