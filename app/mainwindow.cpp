@@ -12,6 +12,7 @@
 #include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
 
+#include <QBuffer>
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
@@ -93,6 +94,28 @@ QString firstFolderPath(const QMimeData *mime)
 QIcon foldIcon(const QString &path)
 {
     return QIcon(QPixmap(path));
+}
+
+// A JPEG with an Exif segment holding only the orientation, right after the
+// start of image (and JFIF's APP0, where Qt wrote one): every viewer then
+// turns the stored pixels upright as the raw file's own viewers do.
+QByteArray withOrientation(const QByteArray &jpeg, quint16 orientation)
+{
+    if (orientation <= 1 || orientation > 8 || !jpeg.startsWith("\xFF\xD8"))
+        return jpeg;
+    // "Exif\0\0", a big-endian TIFF header, one directory of one entry.
+    QByteArray exif("Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01", 24);
+    exif += char(orientation >> 8);
+    exif += char(orientation & 0xFF);
+    exif += QByteArray(2 + 4, '\0'); // the value's padding, no next directory
+    QByteArray segment("\xFF\xE1", 2);
+    segment += char((exif.size() + 2) >> 8);
+    segment += char((exif.size() + 2) & 0xFF);
+    segment += exif;
+    qsizetype at = 2;
+    if (jpeg.mid(2, 2) == QByteArray("\xFF\xE0", 2) && jpeg.size() > 6)
+        at = 4 + (uchar(jpeg[4]) << 8 | uchar(jpeg[5]));
+    return jpeg.left(at) + segment + jpeg.mid(at);
 }
 
 // The preview is made from the file when first asked for; by then it was gone.
@@ -364,11 +387,15 @@ void MainWindow::on_actionSave_Preview_triggered()
             QMessageBox::warning(this, title, previewGoneText());
         return;
     }
-    const QImage picture = rawFile->previewImage()->toImage();
+    // The pixels as stored, and the orientation beside them.
+    QBuffer jpeg;
+    jpeg.open(QIODevice::WriteOnly);
+    QImageWriter(&jpeg, "jpg").write(rawFile->previewImage()->toImage());
+    const QByteArray bytes = withOrientation(jpeg.data(), rawFile->exif().orientation);
     if (const QString failure = writeAtomically(path,
-                                                [&picture](QIODevice &device) {
-                                                    QImageWriter writer(&device, "jpg");
-                                                    return writer.write(picture);
+                                                [&bytes](QIODevice &device) {
+                                                    return bytes.size() > 2 &&
+                                                           device.write(bytes) == bytes.size();
                                                 });
         !failure.isEmpty()) {
         warnNotWritten(this, title, failure);

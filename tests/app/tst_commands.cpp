@@ -464,7 +464,9 @@ void TestCommands::exactValuesView()
 // program leave its bytes and its modification time as they were.
 void TestCommands::savePreviewLeavesFileUntouched()
 {
-    const QString raw = apptest::writeSample(m_files, QStringLiteral("L1000123.DNG"));
+    fixture::SampleM9 portrait;
+    portrait.orientation = 6; // held turned: the pixels stay, the JPEG says how to turn them
+    const QString raw = apptest::writeSample(m_files, QStringLiteral("L1000123.DNG"), portrait);
     const QString reader = apptest::writeBytes(m_files, QStringLiteral("reader.sh"),
                                                "#!/bin/sh\ncat \"$1\" > /dev/null\n");
     QFile::setPermissions(reader, QFile::ReadOwner | QFile::ExeOwner);
@@ -518,6 +520,7 @@ void TestCommands::savePreviewLeavesFileUntouched()
     QImageReader saved(jpeg);
     QCOMPARE(saved.format(), QByteArray("jpeg"));
     QCOMPARE(saved.size(), QSize(320, 240));
+    QCOMPARE(saved.transformation(), QImageIOHandler::TransformationRotate90);
     QCOMPARE(fileHash(raw), before);
     QCOMPARE(QFileInfo(raw).lastModified(), modified);
 }
