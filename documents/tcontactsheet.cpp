@@ -3,7 +3,7 @@
 #include "card/safewrite.h"
 
 #include "documents/pageframe.h"
-#include "documents/upright.h"
+#include "rawfile/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 

@@ -4,7 +4,7 @@
 
 #include "documents/pageframe.h"
 #include "documents/rgbdistribution.h"
-#include "documents/upright.h"
+#include "rawfile/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/limits.h"
 #include "rawfile/tm9file.h"

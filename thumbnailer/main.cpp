@@ -6,8 +6,8 @@
 // exit status 1, so that the file manager falls back to its own icon.
 
 #include "card/safewrite.h"
-#include "documents/upright.h"
 #include "rawfile/tm9file.h"
+#include "rawfile/upright.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -4,7 +4,7 @@
 
 #include "apptest.h"
 #include "documents/treport.h"
-#include "documents/upright.h"
+#include "rawfile/upright.h"
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
 #include "tdlgpreferences.h"

@@ -4,7 +4,7 @@
 #include "cli/sonymakernote.h"
 #include "documents/rgbdistribution.h"
 #include "documents/treport.h"
-#include "documents/upright.h"
+#include "rawfile/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 

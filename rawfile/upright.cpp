@@ -1,4 +1,4 @@
-#include "documents/upright.h"
+#include "rawfile/upright.h"
 
 #include "rawfile/tm9file.h"
 
