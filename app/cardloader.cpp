@@ -1,28 +1,20 @@
 #include "cardloader.h"
 
 #include "cardmodel.h"
-#include "card/inorder.h"
-#include "rawfile/dngfiles.h"
 #include "rawfile/tm9file.h"
+#include "workpool.h"
 
-#include <QElapsedTimer>
+#include <QFutureWatcher>
 #include <QImage>
-#include <QThread>
-
-#include <algorithm>
+#include <QThreadPool>
+#include <QTimer>
+#include <QtConcurrent>
 
 namespace {
 
 // Rows reach the window at most this often after the first one: fewer, larger
 // batches cost the view less, and 40 ms still looks continuous.
 constexpr int kBatchMilliseconds = 40;
-
-// Threads that read files or make pictures, each: all cores but the one the
-// window needs to answer at once; reading is fast enough on one (50 µs a file).
-int workerThreads()
-{
-    return std::max(QThread::idealThreadCount() - 1, 1);
-}
 
 // The file's preview made kPictureHeight high; null without one.
 QImage cardPicture(const QString &path)
@@ -36,19 +28,25 @@ QImage cardPicture(const QString &path)
                : preview.scaledToHeight(TCardModel::kPictureHeight, Qt::SmoothTransformation);
 }
 
+TCardEntry readEntry(const QString &path, const TCancelled &)
+{
+    return readCardEntry(path);
+}
+
 } // namespace
 
-TCardLoader::TCardLoader(TCardModel *model, QObject *parent) : QObject(parent), m_model(model)
+TCardLoader::TCardLoader(TCardModel *model, QObject *parent)
+    : QObject(parent), m_model(model), m_reader(readEntry), m_batch(new QTimer(this))
 {
-    connect(model, &TCardModel::pictureWanted, this, &TCardLoader::makePicture);
-    m_pictures.setMaxThreadCount(workerThreads());
+    m_batch->setSingleShot(true);
+    m_batch->setInterval(kBatchMilliseconds);
+    connect(m_batch, &QTimer::timeout, this, &TCardLoader::flush);
 }
 
 TCardLoader::~TCardLoader()
 {
-    endReadings(true);
-    m_pictures.clear();
-    m_pictures.waitForDone();
+    m_loading = false; // nobody to tell any more
+    stop();
 }
 
 void TCardLoader::start(const QString &folder)
@@ -57,104 +55,127 @@ void TCardLoader::start(const QString &folder)
     m_model->clear();
     m_loading = true;
     m_total = -1;
-    const int generation = m_generation;
-    auto reading = std::make_unique<TReading>();
-    TReading *current = reading.get();
-    reading->thread = std::thread([=] { read(current, generation, folder); });
-    m_readings.push_back(std::move(reading));
+    m_done = 0;
+    const auto cancelled = std::make_shared<std::atomic<bool>>(false);
+    m_cancelled = cancelled;
+    m_watchers = new QObject(this);
+    const QObject *owner = m_watchers;
+
+    m_search = QtConcurrent::run(workPool(), [folder, cancelled](QPromise<QStringList> &promise) {
+        promise.addResult(
+            dngFilesUnder(folder, [&] { return cancelled->load() || promise.isCanceled(); }));
+    });
+    auto *search = new QFutureWatcher<QStringList>(m_watchers);
+    connect(search, &QFutureWatcher<QStringList>::finished, this, [this, owner, search] {
+        if (owner == m_watchers && !search->isCanceled() && search->future().resultCount() > 0)
+            read(search->result());
+    });
+    search->setFuture(m_search);
     emit progress(0, -1);
+}
+
+// Reads the files found on every thread of the pool; each result is taken as
+// it comes, whatever the files before it do.
+void TCardLoader::read(const QStringList &files)
+{
+    m_total = int(files.size());
+    const TReader reader = m_reader;
+    const auto cancelled = m_cancelled;
+    m_reading = QtConcurrent::mapped(
+        workPool(), files, [reader, cancelled](const QString &path) -> TCardEntry {
+            if (cancelled->load())
+                return {};
+            return reader(path, [cancelled] { return cancelled->load(); });
+        });
+    const QObject *owner = m_watchers;
+    auto *reading = new QFutureWatcher<TCardEntry>(m_watchers);
+    connect(reading, &QFutureWatcher<TCardEntry>::resultsReadyAt, this,
+            [this, owner](int begin, int end) {
+                if (owner == m_watchers)
+                    takeResults(begin, end);
+            });
+    connect(reading, &QFutureWatcher<TCardEntry>::finished, this, [this, owner, reading] {
+        if (owner != m_watchers || reading->isCanceled())
+            return;
+        flush();
+        m_loading = false;
+        emit progress(m_done, m_total);
+        emit finished(true);
+    });
+    reading->setFuture(m_reading);
+}
+
+void TCardLoader::takeResults(int begin, int end)
+{
+    for (int i = begin; i < end; ++i)
+        m_arrived.emplace_back(i, m_reading.resultAt(i));
+    m_done += end - begin;
+    // The first rows at once, so that the window fills without delay.
+    if (!m_batch->isActive()) {
+        flush();
+        m_batch->start();
+    }
+}
+
+void TCardLoader::flush()
+{
+    if (m_arrived.empty())
+        return;
+    m_model->append(std::move(m_arrived));
+    m_arrived.clear();
+    emit progress(m_done, m_total);
 }
 
 void TCardLoader::stop()
 {
-    // Whatever is still on its way belongs to an earlier generation.
+    if (m_cancelled)
+        *m_cancelled = true;
+    m_search.cancel();
+    m_reading.cancel();
+    if (m_watchers)
+        m_watchers->deleteLater();
+    m_watchers = nullptr;
+    m_arrived.clear();
+    m_batch->stop();
+    // Pictures still being made belong to an earlier generation.
     ++m_generation;
-    m_picturesPending = 0;
-    m_pictures.clear();
-    endReadings(false);
+    m_pictureQueue.clear();
+    m_picturesAsked.clear();
+    m_picturesRunning = 0;
     if (m_loading) {
         m_loading = false;
         emit finished(false);
     }
 }
 
-// Tells every reading to stop; joins those that have ended (all with wait).
-// A reading blocked on a slow share is not waited for, only told.
-void TCardLoader::endReadings(bool wait)
+void TCardLoader::requestPictures(const QStringList &paths)
 {
-    for (auto &reading : m_readings)
-        reading->stop = true;
-    const auto ended = [wait](const std::unique_ptr<TReading> &reading) {
-        if (!wait && !reading->done)
-            return false;
-        reading->thread.join();
-        return true;
-    };
-    m_readings.erase(std::remove_if(m_readings.begin(), m_readings.end(), ended), m_readings.end());
+    m_pictureQueue.clear();
+    for (const QString &path : paths) {
+        if (!m_picturesAsked.contains(path))
+            m_pictureQueue.append(path);
+    }
+    startPictures();
 }
 
-// On the reading's thread: finds the files, reads them on all cores and posts
-// the rows in file order.
-void TCardLoader::read(TReading *reading, int generation, const QString &folder)
+// Keeps as many pictures being made as the pool has threads, in the order asked.
+void TCardLoader::startPictures()
 {
-    const QStringList files = dngFilesUnder(folder);
-    const int count = int(files.size());
-    const auto post = [&](std::vector<TCardRow> rows, bool last) {
-        QMetaObject::invokeMethod(
-            this,
-            [this, generation, count, last, rows = std::move(rows)]() mutable {
-                if (generation != m_generation)
-                    return;
-                m_total = count;
-                m_model->append(std::move(rows));
-                emit progress(m_model->rowCount(), count);
-                if (last) {
-                    m_loading = false;
-                    emit finished(true);
-                }
-            },
-            Qt::QueuedConnection);
-    };
-
-    std::vector<TCardRow> batch;
-    QElapsedTimer sincePost;
-    sincePost.start();
-    bool first = true;
-    const int threads = std::clamp(workerThreads(), 1, std::max(count, 1));
-    runInOrder<TCardRow>(
-        count, threads,
-        [&](int i) { return reading->stop ? TCardRow{} : TCardRow::read(files[i]); },
-        [&](int, TCardRow &&row) {
-            if (reading->stop)
-                return;
-            batch.push_back(std::move(row));
-            // The first row at once, so that the window fills without delay.
-            if (first || sincePost.elapsed() >= kBatchMilliseconds) {
-                post(std::move(batch), false);
-                batch.clear();
-                sincePost.restart();
-                first = false;
-            }
-        });
-    if (!reading->stop)
-        post(std::move(batch), true);
-    reading->done = true;
-}
-
-void TCardLoader::makePicture(int row, const QString &path)
-{
-    const int generation = m_generation;
-    ++m_picturesPending;
-    m_pictures.start([this, row, path, generation] {
-        const QImage picture = cardPicture(path);
-        QMetaObject::invokeMethod(
-            this,
-            [this, row, generation, picture] {
-                if (generation != m_generation)
-                    return;
-                --m_picturesPending;
-                m_model->setPicture(row, picture);
-            },
-            Qt::QueuedConnection);
-    });
+    while (m_picturesRunning < workPool()->maxThreadCount() && !m_pictureQueue.isEmpty()) {
+        const QString path = m_pictureQueue.takeFirst();
+        m_picturesAsked.insert(path);
+        ++m_picturesRunning;
+        auto *watcher = new QFutureWatcher<QImage>(this);
+        const int generation = m_generation;
+        connect(watcher, &QFutureWatcher<QImage>::finished, this,
+                [this, watcher, generation, path] {
+                    watcher->deleteLater();
+                    if (generation != m_generation)
+                        return;
+                    --m_picturesRunning;
+                    m_model->setPicture(path, watcher->result());
+                    startPictures();
+                });
+        watcher->setFuture(QtConcurrent::run(workPool(), cardPicture, path));
+    }
 }

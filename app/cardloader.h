@@ -1,58 +1,88 @@
 #ifndef CARDLOADER_H
 #define CARDLOADER_H
 
-// Reads the DNG files of a folder into a TCardModel on worker threads, in the
-// order tolvik-info reads them: rows arrive in batches while the window goes
-// on answering. Pictures are made on request, small and once. A new folder or
-// stop() ends the reading at the next file; what the old reading still sends
-// is dropped.
+// Reads the DNG files of a folder into a TCardModel on the work pool: the
+// folder is searched, then its files are read on every thread of the pool,
+// and rows arrive in batches, as they are read, while the window goes on
+// answering. A file that does not answer holds up its own thread only.
+// Pictures are made for the rows the window asks for, small and once.
+//
+// stop(), a new folder or the loader's end cancel the reading at once at any
+// point, the search included: nothing is waited for, what the old reading
+// still sends is dropped, and its threads end as soon as their current file
+// answers.
 
+#include "card/cardentry.h"
+#include "card/dngfiles.h"
+
+#include <QFuture>
 #include <QObject>
+#include <QSet>
 #include <QString>
-#include <QThreadPool>
+#include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
-#include <thread>
 #include <vector>
 
+class QTimer;
 class TCardModel;
 
 class TCardLoader : public QObject {
     Q_OBJECT
 
 public:
+    // Reads one file into an entry on a worker thread; cancelled says that the
+    // reading was stopped, for a reader that can give up part-way.
+    using TReader = std::function<TCardEntry(const QString &path, const TCancelled &cancelled)>;
+
     explicit TCardLoader(TCardModel *model, QObject *parent = nullptr);
-    ~TCardLoader() override; // stops and waits for its threads
+    ~TCardLoader() override; // cancels, and waits for nothing
 
     // Empties the model and reads the DNG files under folder into it.
     void start(const QString &folder);
     void stop();
     bool isLoading() const { return m_loading; }
+
+    // Another way to read a file (a test's reader that blocks); the next
+    // start() uses it.
+    void setReader(TReader reader) { m_reader = std::move(reader); }
+
+    // Makes the pictures of these files, in this order, those not made or
+    // being made yet; what was asked for before and is not started yet, and
+    // is not asked for again, is dropped (rows that scrolled away).
+    void requestPictures(const QStringList &paths);
     // Pictures asked for and not yet in the model.
-    int picturesPending() const { return m_picturesPending; }
+    int picturesPending() const { return int(m_pictureQueue.size()) + m_picturesRunning; }
 
 signals:
     void progress(int done, int total); // total is -1 while the files are being found
     void finished(bool complete);       // false: stopped
 
 private:
-    struct TReading {
-        std::atomic<bool> stop{false};
-        std::atomic<bool> done{false};
-        std::thread thread;
-    };
-    void read(TReading *reading, int generation, const QString &folder);
-    void makePicture(int row, const QString &path);
-    void endReadings(bool wait);
+    void read(const QStringList &files);
+    void takeResults(int begin, int end);
+    void flush();
+    void startPictures();
 
     TCardModel *m_model;
-    std::vector<std::unique_ptr<TReading>> m_readings; // the last one is current
-    QThreadPool m_pictures;
-    int m_generation = 0; // what a posted result must match to count
+    TReader m_reader;
+    // What the current reading is told when it is stopped; each reading has its own.
+    std::shared_ptr<std::atomic<bool>> m_cancelled;
+    QFuture<QStringList> m_search;
+    QFuture<TCardEntry> m_reading;
+    QObject *m_watchers = nullptr;                     // the current reading's watchers
+    std::vector<std::pair<int, TCardEntry>> m_arrived; // not yet in the model
+    QTimer *m_batch;
     int m_total = 0;
-    int m_picturesPending = 0;
+    int m_done = 0;
     bool m_loading = false;
+
+    QStringList m_pictureQueue;
+    QSet<QString> m_picturesAsked; // made, being made or queued
+    int m_picturesRunning = 0;
+    int m_generation = 0; // what a picture made must match to count
 };
 
 #endif // CARDLOADER_H

@@ -1,13 +1,11 @@
 #include "cardmodel.h"
 
-#include "card/filerows.h"
-#include "rawfile/tm9file.h"
-
 #include <QGuiApplication>
-#include <QMap>
 #include <QPalette>
+#include <QRegularExpression>
 
 #include <cmath>
+#include <optional>
 
 namespace {
 
@@ -15,69 +13,104 @@ enum class TSortBy { None, Order, Text, Number, Date };
 
 struct TColumn {
     TCardModel::Column column;
-    const char *caption; // the panel's caption of the row it shows; null: not a panel row
-    const char *header;  // null: the caption without its colon
+    const char *header;
+    QString TPanelTexts::*text; // the exact text it shows; null: the picture or the error
     TSortBy sortBy;
     double TPanelNumbers::*number; // with TSortBy::Number
+    // How far a typed value may lie from the file's and still be the one it
+    // shows: half the last digit shown; below zero a share of the value.
+    double tolerance;
 };
 
 // The table's columns, left to right.
 constexpr TColumn kColumns[] = {
-    {TCardModel::Picture, nullptr, "", TSortBy::None, nullptr},
-    {TCardModel::FileName, "FileName:", nullptr, TSortBy::Order, nullptr},
-    {TCardModel::DateTime, "Date/Time:", nullptr, TSortBy::Date, nullptr},
-    {TCardModel::Lens, "Lens:", nullptr, TSortBy::Text, nullptr},
-    {TCardModel::FocalLength, "Focal Length:", nullptr, TSortBy::Number,
-     &TPanelNumbers::focalLength},
-    {TCardModel::Aperture, "Appr. Aperture:", "Aperture (camera's estimate)", TSortBy::Number,
-     &TPanelNumbers::aperture},
-    {TCardModel::ExposureTime, "Exp.Time:", nullptr, TSortBy::Number, &TPanelNumbers::exposureTime},
-    {TCardModel::Iso, "ISO:", nullptr, TSortBy::Number, &TPanelNumbers::iso},
-    {TCardModel::ExpCorrection, "Exp.Correction", nullptr, TSortBy::Number,
-     &TPanelNumbers::expCorrection},
-    {TCardModel::Metering, "Metering:", nullptr, TSortBy::Text, nullptr},
-    {TCardModel::ExpProgram, "Exp.Program", nullptr, TSortBy::Text, nullptr},
-    {TCardModel::FrameSelector, "Frame Selector:", nullptr, TSortBy::Text, nullptr},
-    {TCardModel::MeasuredLV, "MeasuredLV:", nullptr, TSortBy::Number, &TPanelNumbers::measuredLV},
-    {TCardModel::SensorTemperature, "SensorTemperature:", nullptr, TSortBy::Number,
-     &TPanelNumbers::sensorTemperature},
-    {TCardModel::ImageId, "ImageID:", nullptr, TSortBy::Text, nullptr},
-    {TCardModel::Camera, "Camera:", nullptr, TSortBy::Text, nullptr},
-    {TCardModel::Serial, "Serial:", nullptr, TSortBy::Text, nullptr},
-    {TCardModel::Error, nullptr, "Error", TSortBy::Text, nullptr},
+    {TCardModel::Picture, "", nullptr, TSortBy::None, nullptr, 0},
+    {TCardModel::FileName, "FileName", &TPanelTexts::fileName, TSortBy::Order, nullptr, 0},
+    {TCardModel::DateTime, "Date/Time", &TPanelTexts::dateTime, TSortBy::Date, nullptr, 0},
+    {TCardModel::Lens, "Lens", &TPanelTexts::lens, TSortBy::Text, nullptr, 0},
+    {TCardModel::FocalLength, "Focal Length", &TPanelTexts::focalLength, TSortBy::Number,
+     &TPanelNumbers::focalLength, 0.5},
+    {TCardModel::Aperture, "Aperture (camera's estimate)", &TPanelTexts::apprAperture,
+     TSortBy::Number, &TPanelNumbers::aperture, 0.05},
+    {TCardModel::ExposureTime, "Exp.Time", &TPanelTexts::expTime, TSortBy::Number,
+     &TPanelNumbers::exposureTime, -0.001},
+    {TCardModel::Iso, "ISO", &TPanelTexts::iso, TSortBy::Number, &TPanelNumbers::iso, 0.5},
+    {TCardModel::ExpCorrection, "Exp.Correction", &TPanelTexts::expCorrection, TSortBy::Number,
+     &TPanelNumbers::expCorrection, 0.05},
+    {TCardModel::Metering, "Metering", &TPanelTexts::metering, TSortBy::Text, nullptr, 0},
+    {TCardModel::ExpProgram, "Exp.Program", &TPanelTexts::expProgram, TSortBy::Text, nullptr, 0},
+    {TCardModel::FrameSelector, "Frame Selector", &TPanelTexts::frameSelector, TSortBy::Text,
+     nullptr, 0},
+    {TCardModel::MeasuredLV, "MeasuredLV", &TPanelTexts::measuredLV, TSortBy::Number,
+     &TPanelNumbers::measuredLV, 0.005},
+    {TCardModel::SensorTemperature, "SensorTemperature", &TPanelTexts::sensorTemperature,
+     TSortBy::Number, &TPanelNumbers::sensorTemperature, 0.5},
+    {TCardModel::ImageId, "ImageID", &TPanelTexts::imageId, TSortBy::Text, nullptr, 0},
+    {TCardModel::Camera, "Camera", &TPanelTexts::camera, TSortBy::Text, nullptr, 0},
+    {TCardModel::Serial, "Serial", &TPanelTexts::serial, TSortBy::Text, nullptr, 0},
+    {TCardModel::Error, "Error", nullptr, TSortBy::Text, nullptr, 0},
 };
 static_assert(std::size(kColumns) == TCardModel::ColumnCount);
 
-TRowOptions exactRows()
-{
-    TRowOptions options;
-    options.exact = true;
-    options.exposureSeconds = true; // as tolvik-info --csv --exact writes them
-    return options;
-}
+// Filter texts that read as a value, and the column they name; -1: every
+// column with a number. A second group divides the first ("1/125").
+struct TValuePattern {
+    const char *pattern;
+    int column;
+};
+constexpr TValuePattern kValuePatterns[] = {
+    {R"(^f/\s*(\d+(?:\.\d+)?)$)", TCardModel::Aperture},
+    {R"(^(\d+(?:\.\d+)?)\s*mm$)", TCardModel::FocalLength},
+    {R"(^iso\s*(\d+)$)", TCardModel::Iso},
+    {R"(^(\d+)/(\d+)$)", TCardModel::ExposureTime},
+    {R"(^(\d+(?:\.\d+)?)\s*s(?:ec)?$)", TCardModel::ExposureTime},
+    {R"(^([+-]?\d+(?:\.\d+)?)\s*ev$)", TCardModel::ExpCorrection},
+    {R"(^(-?\d+)\s*°?\s*c$)", TCardModel::SensorTemperature},
+    {R"(^([+-]?\d+(?:\.\d+)?)$)", -1},
+};
 
-// The rows of a file that was never read: their captions, for the header.
-const QList<TRow> &emptyRows()
+std::optional<TTypedValue> typedValue(const QString &text)
 {
-    static const QList<TRow> rows = fileRows(TM9File(), exactRows(), false);
-    return rows;
-}
-
-// Where each column's text lies in a file's rows; -1 for columns of no row.
-int rowIndex(int column)
-{
-    static const std::array<int, TCardModel::ColumnCount> indexes = [] {
-        std::array<int, TCardModel::ColumnCount> found{};
-        for (const TColumn &c : kColumns) {
-            found[c.column] = -1;
-            for (qsizetype i = 0; c.caption && i < emptyRows().size(); ++i) {
-                if (emptyRows()[i].first == QLatin1String(c.caption))
-                    found[c.column] = int(i);
-            }
+    for (const TValuePattern &p : kValuePatterns) {
+        const QRegularExpression pattern(QString::fromUtf8(p.pattern),
+                                         QRegularExpression::CaseInsensitiveOption);
+        const QRegularExpressionMatch match = pattern.match(text);
+        if (!match.hasMatch())
+            continue;
+        double number = match.captured(1).toDouble();
+        if (match.lastCapturedIndex() == 2) {
+            const double divisor = match.captured(2).toDouble();
+            if (divisor == 0)
+                return std::nullopt;
+            number /= divisor;
         }
-        return found;
-    }();
-    return indexes[std::size_t(column)];
+        return TTypedValue{number, p.column};
+    }
+    return std::nullopt;
+}
+
+bool isDigitAt(const QString &text, qsizetype at)
+{
+    return at < text.size() && text[at].isDigit();
+}
+
+// Whether word stands in text on its own: not inside a longer number or
+// word ("f/2" in "f/2 (II)", not in "f/2.8"; "50" in "50mm", not in "150").
+bool containsWord(const QString &text, const QString &word)
+{
+    for (qsizetype at = text.indexOf(word, 0, Qt::CaseInsensitive); at >= 0;
+         at = text.indexOf(word, at + 1, Qt::CaseInsensitive)) {
+        const qsizetype end = at + word.size();
+        const bool freeBefore =
+            at == 0 || !(text[at - 1].isLetterOrNumber() || text[at - 1] == QLatin1Char('.') ||
+                         text[at - 1] == QLatin1Char('/'));
+        const bool freeAfter =
+            !isDigitAt(text, end) &&
+            !(end < text.size() && text[end] == QLatin1Char('.') && isDigitAt(text, end + 1));
+        if (freeBefore && freeAfter)
+            return true;
+    }
+    return false;
 }
 
 // Below zero when l sorts before r, zero when they are equal.
@@ -94,18 +127,6 @@ int compareKeys(const QVariant &l, const QVariant &r)
 
 } // namespace
 
-TCardRow TCardRow::read(const QString &path)
-{
-    TM9File file(path);
-    TCardRow row;
-    row.path = path;
-    row.accepted = file.processFile();
-    row.rows = fileRows(file, exactRows(), row.accepted);
-    row.frame = frameOf(file, row.accepted);
-    row.error = fileError(file, row.accepted);
-    return row;
-}
-
 TCardModel::TCardModel(QObject *parent) : QAbstractTableModel(parent) {}
 
 int TCardModel::rowCount(const QModelIndex &parent) const
@@ -120,12 +141,24 @@ int TCardModel::columnCount(const QModelIndex &parent) const
 
 QString TCardModel::text(int row, int column) const
 {
-    const TCardRow &r = cardRow(row);
+    const TCardEntry &e = entry(row);
+    const TColumn &c = kColumns[column];
     if (column == Error)
-        return r.error;
-    const int index = rowIndex(column);
-    return index >= 0 && (r.accepted || column == FileName) ? r.rows[index].second.toString()
-                                                            : QString();
+        return e.error;
+    if (!c.text || (!e.accepted() && column != FileName))
+        return QString();
+    return e.frame.texts.*c.text;
+}
+
+bool TCardModel::isNumberColumn(int column)
+{
+    return kColumns[column].sortBy == TSortBy::Number;
+}
+
+double TCardModel::number(int row, int column) const
+{
+    const TColumn &c = kColumns[column];
+    return c.number && entry(row).accepted() ? entry(row).frame.numbers.*c.number : std::nan("");
 }
 
 QVariant TCardModel::data(const QModelIndex &index, int role) const
@@ -134,38 +167,34 @@ QVariant TCardModel::data(const QModelIndex &index, int role) const
         return {};
     const int row = index.row();
     const int column = index.column();
-    const TCardRow &r = cardRow(row);
+    const TCardEntry &e = entry(row);
+    const TColumn &c = kColumns[column];
     switch (role) {
     case Qt::DisplayRole: return text(row, column);
     case Qt::DecorationRole:
-        if (column != Picture || !r.accepted)
+        if (column != Picture || m_rows[std::size_t(row)].picture.isNull())
             return {};
-        if (!m_pictureAsked[std::size_t(row)]) {
-            m_pictureAsked[std::size_t(row)] = true;
-            emit pictureWanted(row, r.path);
-        }
-        return m_pictures[std::size_t(row)];
-    case Qt::ToolTipRole: return r.accepted ? frameSummary(r.frame.texts) : r.error;
+        return m_rows[std::size_t(row)].picture;
+    // A rejected file's reason in full, however narrow its column.
+    case Qt::ToolTipRole: return e.accepted() ? frameSummary(e.frame.texts) : e.error;
     case Qt::ForegroundRole:
-        if (!r.accepted)
+        if (!e.accepted())
             return QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text);
         return {};
     case Qt::TextAlignmentRole:
-        if (kColumns[column].sortBy == TSortBy::Number)
+        if (c.sortBy == TSortBy::Number)
             return int(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     case kSortRole: {
-        const TColumn &c = kColumns[column];
         if (c.sortBy == TSortBy::Order)
-            return row;
-        if (!r.accepted && column != Error)
-            return {};
+            return m_rows[std::size_t(row)].order;
         if (c.sortBy == TSortBy::Number) {
-            const double value = r.frame.numbers.*c.number;
+            const double value = number(row, column);
             return std::isnan(value) ? QVariant() : QVariant(value);
         }
         if (c.sortBy == TSortBy::Date)
-            return r.frame.numbers.taken.isValid() ? QVariant(r.frame.numbers.taken) : QVariant();
+            return e.accepted() && e.frame.numbers.taken.isValid() ? QVariant(e.frame.numbers.taken)
+                                                                   : QVariant();
         const QString shown = text(row, column);
         return shown.isEmpty() ? QVariant() : QVariant(shown);
     }
@@ -178,68 +207,60 @@ QVariant TCardModel::headerData(int section, Qt::Orientation orientation, int ro
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
         section >= ColumnCount)
         return QAbstractTableModel::headerData(section, orientation, role);
-    const TColumn &c = kColumns[section];
-    return c.header ? QString::fromUtf8(c.header) : rowKey(QString::fromLatin1(c.caption));
+    return QString::fromUtf8(kColumns[section].header);
 }
 
 void TCardModel::clear()
 {
     beginResetModel();
     m_rows.clear();
-    m_pictures.clear();
-    m_pictureAsked.clear();
     m_rowOfPath.clear();
     endResetModel();
 }
 
-void TCardModel::append(std::vector<TCardRow> rows)
+void TCardModel::append(std::vector<std::pair<int, TCardEntry>> entries)
 {
-    if (rows.empty())
+    if (entries.empty())
         return;
     const int first = int(m_rows.size());
-    beginInsertRows({}, first, first + int(rows.size()) - 1);
-    for (TCardRow &row : rows) {
-        m_rowOfPath.insert(row.path, int(m_rows.size()));
-        m_rows.push_back(std::move(row));
+    beginInsertRows({}, first, first + int(entries.size()) - 1);
+    for (auto &[order, entry] : entries) {
+        m_rowOfPath.insert(entry.path, int(m_rows.size()));
+        m_rows.push_back({std::move(entry), order, QPixmap()});
     }
-    m_pictures.resize(m_rows.size());
-    m_pictureAsked.resize(m_rows.size());
     endInsertRows();
 }
 
-QList<std::pair<QString, int>> TCardModel::lensCounts() const
+QList<TFrame> TCardModel::frames() const
 {
-    QMap<QString, int> counts;
-    for (int row = 0; row < rowCount(); ++row) {
-        if (cardRow(row).accepted)
-            ++counts[text(row, Lens)];
-    }
-    QList<std::pair<QString, int>> lenses;
-    for (auto lens = counts.cbegin(); lens != counts.cend(); ++lens)
-        lenses.append({lens.key(), lens.value()});
-    return lenses;
+    QList<TFrame> frames;
+    frames.reserve(qsizetype(m_rows.size()));
+    for (const TItem &item : m_rows)
+        frames.append(item.entry.frame);
+    return frames;
 }
 
-void TCardModel::setPicture(int row, const QImage &picture)
+void TCardModel::setPicture(const QString &path, const QImage &picture)
 {
-    if (row < 0 || row >= rowCount())
+    const int row = rowOfPath(path);
+    if (row < 0)
         return;
-    m_pictures[std::size_t(row)] = QPixmap::fromImage(picture);
+    m_rows[std::size_t(row)].picture = QPixmap::fromImage(picture);
     const QModelIndex cell = index(row, Picture);
     emit dataChanged(cell, cell, {Qt::DecorationRole});
 }
 
 bool TCardModel::hasPicture(int row) const
 {
-    return !m_pictures[std::size_t(row)].isNull();
+    return !m_rows[std::size_t(row)].picture.isNull();
 }
 
 QByteArray TCardModel::csv(const QList<int> &rows) const
 {
-    QByteArray out = csvHeader(emptyRows());
+    QByteArray out = csvHeader(exactRows(TCardEntry()));
     for (const int row : rows) {
-        const TCardRow &r = cardRow(row);
-        out += record(TFormat::Csv, r.path, r.rows, r.accepted, r.error);
+        const TCardEntry &e = entry(row);
+        out += record(TFormat::Csv, e.path, exactRows(e), e.accepted(), e.error);
     }
     return out;
 }
@@ -259,15 +280,7 @@ const TCardModel *TCardFilter::card() const
 void TCardFilter::setText(const QString &text)
 {
     m_text = text.trimmed();
-    invalidateFilter();
-}
-
-void TCardFilter::setColumnValue(int column, const QString &value)
-{
-    if (value.isEmpty())
-        m_columnValues.remove(column);
-    else
-        m_columnValues.insert(column, value);
+    m_value = typedValue(m_text);
     invalidateFilter();
 }
 
@@ -277,32 +290,64 @@ void TCardFilter::setShowRejected(bool show)
     invalidateFilter();
 }
 
-void TCardFilter::setCategoryValue(TCategory category, const QString &value)
+void TCardFilter::setCondition(TCategory category, const QString &value)
 {
-    m_category = category;
-    m_categoryValue = value;
+    const QList<TCondition> before = m_conditions;
+    m_conditions.removeIf([category](const TCondition &c) { return c.category == category; });
+    if (!value.isEmpty())
+        m_conditions.append({category, value});
+    if (m_conditions == before)
+        return;
     invalidateFilter();
+    emit conditionsChanged();
+}
+
+void TCardFilter::toggleCondition(TCategory category, const QString &value)
+{
+    setCondition(category, condition(category) == value ? QString() : value);
+}
+
+QString TCardFilter::condition(TCategory category) const
+{
+    for (const TCondition &c : m_conditions) {
+        if (c.category == category)
+            return c.value;
+    }
+    return QString();
 }
 
 bool TCardFilter::filterAcceptsRow(int sourceRow, const QModelIndex &) const
 {
-    const TCardModel *model = card();
-    if (!m_showRejected && !model->cardRow(sourceRow).accepted)
+    const TCardEntry &entry = card()->entry(sourceRow);
+    if (!m_showRejected && !entry.accepted())
         return false;
-    // The statistics count accepted files only, and so does a bar.
-    const TFrame &frame = model->cardRow(sourceRow).frame;
-    if (!m_categoryValue.isEmpty() &&
-        (!frame.accepted || categoryText(frame, m_category) != m_categoryValue))
-        return false;
-    for (auto value = m_columnValues.cbegin(); value != m_columnValues.cend(); ++value) {
-        if (model->text(sourceRow, value.key()) != value.value())
+    // The statistics count accepted files only, and so does a condition.
+    for (const TCondition &c : m_conditions) {
+        if (!entry.accepted() || categoryText(entry.frame, c.category) != c.value)
             return false;
     }
-    if (m_text.isEmpty())
-        return true;
+    return m_text.isEmpty() || matchesText(sourceRow);
+}
+
+bool TCardFilter::matchesText(int sourceRow) const
+{
+    const TCardModel *model = card();
+    const std::optional<TTypedValue> &value = m_value;
     for (int column = 0; column < TCardModel::ColumnCount; ++column) {
-        if (model->text(sourceRow, column).contains(m_text, Qt::CaseInsensitive))
+        if (!value) {
+            if (model->text(sourceRow, column).contains(m_text, Qt::CaseInsensitive))
+                return true;
+        } else if (TCardModel::isNumberColumn(column)) {
+            if (value->column >= 0 && value->column != column)
+                continue;
+            const double tolerance = kColumns[column].tolerance;
+            const double number = model->number(sourceRow, column);
+            if (std::abs(number - value->number) <=
+                (tolerance < 0 ? -tolerance * std::abs(value->number) : tolerance))
+                return true;
+        } else if (containsWord(model->text(sourceRow, column), m_text)) {
             return true;
+        }
     }
     return false;
 }
@@ -320,5 +365,9 @@ bool TCardFilter::lessThan(const QModelIndex &left, const QModelIndex &right) co
     if (order != 0)
         return order < 0;
     // Equal values stay in file order, whichever way and whatever was sorted before.
-    return ascending ? left.row() < right.row() : left.row() > right.row();
+    const int lOrder =
+        left.sibling(left.row(), TCardModel::FileName).data(TCardModel::kSortRole).toInt();
+    const int rOrder =
+        right.sibling(right.row(), TCardModel::FileName).data(TCardModel::kSortRole).toInt();
+    return ascending ? lOrder < rOrder : lOrder > rOrder;
 }

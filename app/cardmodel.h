@@ -5,9 +5,7 @@
 // picture and the exact texts of the panel, and the filter that narrows it.
 // Sorting goes by each column's value (TCardModel::kSortRole), not its text.
 
-#include "card/records.h"
-#include "card/statistics.h"
-#include "exif/paneltexts.h"
+#include "card/cardentry.h"
 
 #include <QAbstractTableModel>
 #include <QHash>
@@ -15,21 +13,8 @@
 #include <QPixmap>
 #include <QSortFilterProxyModel>
 
+#include <optional>
 #include <vector>
-
-class TM9File;
-
-// One file as read on a worker thread; plain values only.
-struct TCardRow {
-    QString path;
-    bool accepted = false;
-    QString error;    // why the file is not accepted
-    QList<TRow> rows; // what tolvik-info --csv --exact prints of it
-    TFrame frame;     // its exact texts and numbers, for sorting, counting and the sheet
-
-    // Reads the file at path (any thread); the picture is made apart.
-    static TCardRow read(const QString &path);
-};
 
 class TCardModel : public QAbstractTableModel {
     Q_OBJECT
@@ -66,55 +51,89 @@ public:
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
+    // Reads what is there; asks for nothing (pictures are asked for apart).
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation,
                         int role = Qt::DisplayRole) const override;
 
     void clear();
-    void append(std::vector<TCardRow> rows);
-    const TCardRow &cardRow(int row) const { return m_rows[std::size_t(row)]; }
+    // Entries with their place in the order the files were found; they may
+    // arrive in any order.
+    void append(std::vector<std::pair<int, TCardEntry>> entries);
+    const TCardEntry &entry(int row) const { return m_rows[std::size_t(row)].entry; }
     int rowOfPath(const QString &path) const { return m_rowOfPath.value(path, -1); }
+    // The text a cell shows; every text of the table comes from here.
     QString text(int row, int column) const;
+    // The column's value as a number (NaN where the file holds none), for the
+    // columns sorted by number.
+    static bool isNumberColumn(int column);
+    double number(int row, int column) const;
 
-    // The lenses of the accepted files with how many files each, by name.
-    QList<std::pair<QString, int>> lensCounts() const;
+    // The frames of every row, accepted or not, in row order.
+    QList<TFrame> frames() const;
 
-    // The picture of row arrived (made kPictureHeight high on a worker).
-    void setPicture(int row, const QImage &picture);
+    // The picture of a file arrived (made kPictureHeight high on a worker).
+    void setPicture(const QString &path, const QImage &picture);
     bool hasPicture(int row) const;
 
     // The CSV of the given rows in the given order, as tolvik-info --csv
     // --exact writes them.
     QByteArray csv(const QList<int> &rows) const;
 
-signals:
-    // The view asked for a picture not made yet.
-    void pictureWanted(int row, const QString &path) const;
-
 private:
-    std::vector<TCardRow> m_rows;
-    std::vector<QPixmap> m_pictures;
-    mutable std::vector<bool> m_pictureAsked;
+    struct TItem {
+        TCardEntry entry;
+        int order = 0; // where the file was found
+        QPixmap picture;
+    };
+    std::vector<TItem> m_rows;
     QHash<QString, int> m_rowOfPath;
 };
 
-// Narrows the rows to those whose texts contain the filter text, with a given
-// value in given columns (the lens selector sets the lens column), and with or
-// without the files not accepted; sorts by TCardModel::kSortRole, files
-// without a value last in either direction.
+// Narrows the rows to those that meet every condition (a category's value,
+// chosen with the lens selector or a click on a bar), match the filter text,
+// and with or without the files not accepted; sorts by TCardModel::kSortRole,
+// files without a value last in either direction.
+//
+// A filter text that reads as a value: the number, and the column it names
+// (-1: any column with a number).
+struct TTypedValue {
+    double number;
+    int column;
+};
+
+// The filter text is matched as a value where it reads like one: "f/2" meets
+// the aperture estimate 2.0, not 2.8; "50 mm" the focal length 50, not 150; a
+// plain number any column with that number; "1/125" the exposure time. In
+// text columns such a value matches as a whole word ("f/2" in "Summicron-M
+// 50mm f/2", not in "f/2.8"). Any other text is looked for in every column.
 class TCardFilter : public QSortFilterProxyModel {
     Q_OBJECT
 
 public:
+    struct TCondition {
+        TCategory category;
+        QString value;
+        bool operator==(const TCondition &other) const
+        {
+            return category == other.category && value == other.value;
+        }
+    };
+
     explicit TCardFilter(QObject *parent = nullptr);
 
     void setText(const QString &text);
-    // Only rows whose column shows exactly value; an empty value lifts it.
-    void setColumnValue(int column, const QString &value);
     void setShowRejected(bool show);
-    // Only rows with value in a category of the statistics (a bar clicked);
-    // an empty value lifts it.
-    void setCategoryValue(TCategory category, const QString &value);
+    // Only accepted frames with value in category; an empty value lifts the
+    // category's condition. Conditions of different categories combine.
+    void setCondition(TCategory category, const QString &value);
+    // A bar clicked: its condition is set, or lifted when it was set.
+    void toggleCondition(TCategory category, const QString &value);
+    QString condition(TCategory category) const;
+    const QList<TCondition> &conditions() const { return m_conditions; }
+
+signals:
+    void conditionsChanged();
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
@@ -122,12 +141,12 @@ protected:
 
 private:
     const TCardModel *card() const;
+    bool matchesText(int sourceRow) const;
 
     QString m_text;
-    QHash<int, QString> m_columnValues;
+    std::optional<TTypedValue> m_value; // m_text as a value, when it reads as one
+    QList<TCondition> m_conditions;
     bool m_showRejected = true;
-    TCategory m_category = TCategory::Lens;
-    QString m_categoryValue;
 };
 
 #endif // CARDMODEL_H

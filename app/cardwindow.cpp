@@ -7,6 +7,7 @@
 #include "documents/pageframe.h"
 #include "documents/tcontactsheet.h"
 #include "safeprint.h"
+#include "settingskeys.h"
 #include "tstatisticspane.h"
 
 #include <QCloseEvent>
@@ -20,7 +21,9 @@
 #include <QSaveFile>
 #include <QScrollBar>
 #include <QSettings>
+#include <QStatusBar>
 #include <QTimer>
+#include <QToolButton>
 
 namespace {
 
@@ -37,10 +40,8 @@ constexpr int kApertureWidth = 190; // "Aperture (camera's estimate)"
 constexpr int kStatisticsWidth = 380;
 
 // The charts are counted again at most this often while rows arrive or the
-// filter changes.
-constexpr int kStatisticsDelayMs = 150;
-
-const QString kSettingsGroup = QStringLiteral("CardWindow");
+// filter changes: the first change starts the wait, later ones join it.
+constexpr int kStatisticsDelayMs = 200;
 
 } // namespace
 
@@ -61,7 +62,10 @@ TCardWindow::TCardWindow(QWidget *parent)
     header->resizeSection(TCardModel::DateTime, kDateTimeWidth);
     header->resizeSection(TCardModel::Lens, kLensWidth);
     header->resizeSection(TCardModel::Aperture, kApertureWidth);
+    // The error column takes the rest; a reason longer still keeps its start
+    // and its end (the finding), and the tool tip has it in full.
     header->setStretchLastSection(true);
+    ui->tableView->setTextElideMode(Qt::ElideMiddle);
     QHeaderView *rows = ui->tableView->verticalHeader();
     rows->setSectionResizeMode(QHeaderView::Fixed);
     rows->setDefaultSectionSize(TCardModel::kPictureHeight + 4);
@@ -75,6 +79,8 @@ TCardWindow::TCardWindow(QWidget *parent)
     for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
         connect(m_filter, signal, this, [this] { updateShown(); });
     connect(m_filter, &QAbstractItemModel::modelReset, this, [this] { updateShown(); });
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, [this] { statisticsChanged(); });
+    connect(m_filter, &TCardFilter::conditionsChanged, this, [this] { showConditions(); });
     connect(m_filter, &QAbstractItemModel::layoutChanged, this, [this] { askPicturesAhead(); });
     connect(ui->tableView->verticalScrollBar(), &QScrollBar::valueChanged, this,
             [this] { askPicturesAhead(); });
@@ -82,13 +88,13 @@ TCardWindow::TCardWindow(QWidget *parent)
     m_statisticsDue->setSingleShot(true);
     m_statisticsDue->setInterval(kStatisticsDelayMs);
     connect(m_statisticsDue, &QTimer::timeout, this, [this] { updateStatistics(); });
-    connect(ui->statistics, &TStatisticsPane::barClicked, this, &TCardWindow::filterByCategory);
+    connect(ui->statistics, &TStatisticsPane::barClicked, m_filter, &TCardFilter::toggleCondition);
     ui->splitter->setStretchFactor(0, 1);
     ui->splitter->setSizes({width() - kStatisticsWidth, kStatisticsWidth});
 
     ui->progressBar->hide();
     ui->btnStop->hide();
-    filterByCategory(TCategory::Lens, QString());
+    showConditions();
     updateLenses();
     readSettings();
 }
@@ -98,46 +104,37 @@ TCardWindow::~TCardWindow()
     delete ui;
 }
 
-QString TCardWindow::lastFolder()
-{
-    return QSettings()
-        .value(kSettingsGroup + QStringLiteral("/lastFolder"), QDir::homePath())
-        .toString();
-}
-
 void TCardWindow::openFolder(const QString &folder)
 {
     m_folder = QFileInfo(folder).absoluteFilePath();
-    QSettings().setValue(kSettingsGroup + QStringLiteral("/lastFolder"), m_folder);
+    QSettings().setValue(settingskeys::kLastFolder, m_folder);
     setWindowTitle(QStringLiteral("Tolvik \u2013 ") + QDir::toNativeSeparators(m_folder));
-    ui->cbLens->setCurrentIndex(0);
+    statusBar()->clearMessage();
+    m_filter->setCondition(TCategory::Lens, QString());
     m_loader->start(m_folder);
+    emit folderOpened(m_folder);
 }
 
 // --- settings ---
 
 void TCardWindow::readSettings()
 {
-    QSettings settings;
-    settings.beginGroup(kSettingsGroup);
-    restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray());
+    const QSettings settings;
+    restoreGeometry(settings.value(settingskeys::kCardGeometry).toByteArray());
     QHeaderView *header = ui->tableView->horizontalHeader();
     // Column order and widths and the sort column; by date taken at first.
-    if (!header->restoreState(settings.value(QStringLiteral("columns")).toByteArray()))
+    if (!header->restoreState(settings.value(settingskeys::kCardColumns).toByteArray()))
         header->setSortIndicator(TCardModel::DateTime, Qt::AscendingOrder);
     ui->tableView->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
-    ui->splitter->restoreState(settings.value(QStringLiteral("splitter")).toByteArray());
-    settings.endGroup();
+    ui->splitter->restoreState(settings.value(settingskeys::kCardSplitter).toByteArray());
 }
 
 void TCardWindow::saveSettings() const
 {
     QSettings settings;
-    settings.beginGroup(kSettingsGroup);
-    settings.setValue(QStringLiteral("geometry"), saveGeometry());
-    settings.setValue(QStringLiteral("columns"), ui->tableView->horizontalHeader()->saveState());
-    settings.setValue(QStringLiteral("splitter"), ui->splitter->saveState());
-    settings.endGroup();
+    settings.setValue(settingskeys::kCardGeometry, saveGeometry());
+    settings.setValue(settingskeys::kCardColumns, ui->tableView->horizontalHeader()->saveState());
+    settings.setValue(settingskeys::kCardSplitter, ui->splitter->saveState());
 }
 
 void TCardWindow::closeEvent(QCloseEvent *event)
@@ -185,7 +182,7 @@ QStringList TCardWindow::cardFiles() const
 {
     QStringList files;
     for (int row = 0; row < m_model->rowCount(); ++row)
-        files.append(m_model->cardRow(row).path);
+        files.append(m_model->entry(row).path);
     return files;
 }
 
@@ -202,12 +199,10 @@ QString TCardWindow::exportCsv(const QString &path) const
 
 TContactSheet TCardWindow::contactSheet() const
 {
-    QList<TSheetFrame> frames;
-    for (const int row : shownRows()) {
-        const TCardRow &r = m_model->cardRow(row);
-        frames.append(sheetFrame(r.path, r.frame.texts, r.frame.numbers, r.accepted, r.error));
-    }
-    return TContactSheet(m_folder, frames);
+    QList<TCardEntry> entries;
+    for (const int row : shownRows())
+        entries.append(m_model->entry(row));
+    return TContactSheet(m_folder, entries);
 }
 
 void TCardWindow::on_actionPrint_Contact_Sheet_triggered()
@@ -242,29 +237,55 @@ void TCardWindow::on_actionSave_Contact_Sheet_triggered()
 
 // --- statistics ---
 
-void TCardWindow::updateStatistics()
+void TCardWindow::statisticsChanged()
 {
-    QList<TFrame> frames;
-    for (const int row : shownRows())
-        frames.append(m_model->cardRow(row).frame);
-    ui->statistics->setFrames(frames);
+    if (!m_statisticsDue->isActive())
+        m_statisticsDue->start();
 }
 
-void TCardWindow::filterByCategory(TCategory category, const QString &value)
+void TCardWindow::updateStatistics()
 {
-    m_filter->setCategoryValue(category, value);
-    ui->statistics->setChosen(category, value);
-    ui->lblCategoryFilter->setText(
-        value.isEmpty()
-            ? QString()
-            : QStringLiteral("%1: <b>%2</b>").arg(categoryName(category), value.toHtmlEscaped()));
-    ui->lblCategoryFilter->setVisible(!value.isEmpty());
-    ui->btnClearCategory->setVisible(!value.isEmpty());
+    m_statisticsDue->stop();
+    QList<TFrame> frames;
+    for (const int row : shownRows())
+        frames.append(m_model->entry(row).frame);
+    ui->statistics->setFrames(frames);
+    updateLenses();
+}
+
+// The conditions the table is narrowed by, each a button that lifts it; the
+// charts mark their bars and the lens selector its lens.
+void TCardWindow::showConditions()
+{
+    const QList<QToolButton *> old =
+        ui->conditionBar->findChildren<QToolButton *>(QString(), Qt::FindDirectChildrenOnly);
+    qDeleteAll(old);
+    for (const TCardFilter::TCondition &condition : m_filter->conditions()) {
+        auto *button = new QToolButton(ui->conditionBar);
+        button->setText(
+            QStringLiteral("%1: %2 \u2715").arg(categoryName(condition.category), condition.value));
+        button->setToolTip(tr("Show the frames of every %1 again")
+                               .arg(categoryName(condition.category).toLower()));
+        button->setAutoRaise(true);
+        const TCategory category = condition.category;
+        connect(button, &QToolButton::clicked, m_filter,
+                [this, category] { m_filter->setCondition(category, QString()); });
+        ui->conditionLayout->addWidget(button);
+    }
+    for (const TCategory category : kCategories)
+        ui->statistics->setChosen(category, m_filter->condition(category));
+    const bool any = !m_filter->conditions().isEmpty();
+    ui->conditionBar->setVisible(any);
+    ui->btnClearCategory->setVisible(any);
+    const QSignalBlocker blocker(ui->cbLens);
+    ui->cbLens->setCurrentIndex(
+        std::max(0, ui->cbLens->findData(m_filter->condition(TCategory::Lens))));
 }
 
 void TCardWindow::on_btnClearCategory_clicked()
 {
-    filterByCategory(TCategory::Lens, QString());
+    for (const TCategory category : kCategories)
+        m_filter->setCondition(category, QString());
 }
 
 // --- filter and lens selector ---
@@ -276,7 +297,7 @@ void TCardWindow::on_leFilter_textChanged(const QString &text)
 
 void TCardWindow::on_cbLens_currentIndexChanged(int index)
 {
-    m_filter->setColumnValue(TCardModel::Lens, ui->cbLens->itemData(index).toString());
+    m_filter->setCondition(TCategory::Lens, ui->cbLens->itemData(index).toString());
 }
 
 void TCardWindow::on_chkRejected_toggled(bool checked)
@@ -284,25 +305,26 @@ void TCardWindow::on_chkRejected_toggled(bool checked)
     m_filter->setShowRejected(checked);
 }
 
-// The lenses of the card with their counts; the chosen one stays chosen.
+// The lenses of the card with their counts, as the lens chart counts them:
+// together they are the accepted files. The chosen one stays chosen.
 void TCardWindow::updateLenses()
 {
-    const QString chosen = ui->cbLens->currentData().toString();
-    const QList<std::pair<QString, int>> lenses = m_model->lensCounts();
+    const QList<TCount> lenses = countPer(TCategory::Lens, m_model->frames());
     int files = 0;
-    for (const auto &[lens, count] : lenses)
-        files += count;
+    for (const TCount &lens : lenses)
+        files += lens.frames;
     const QSignalBlocker blocker(ui->cbLens);
     ui->cbLens->clear();
     ui->cbLens->addItem(tr("All lenses (%1)").arg(files), QString());
-    for (const auto &[lens, count] : lenses)
-        ui->cbLens->addItem(QStringLiteral("%1 (%2)").arg(lens).arg(count), lens);
-    ui->cbLens->setCurrentIndex(std::max(0, ui->cbLens->findData(chosen)));
+    for (const TCount &lens : lenses)
+        ui->cbLens->addItem(QStringLiteral("%1 (%2)").arg(lens.value).arg(lens.frames), lens.value);
+    ui->cbLens->setCurrentIndex(
+        std::max(0, ui->cbLens->findData(m_filter->condition(TCategory::Lens))));
 }
 
 void TCardWindow::updateShown()
 {
-    m_statisticsDue->start();
+    statisticsChanged();
     ui->lblShown->setText(
         tr("%1 of %2 files shown").arg(m_filter->rowCount()).arg(m_model->rowCount()));
     askPicturesAhead();
@@ -316,7 +338,6 @@ void TCardWindow::onProgress(int done, int total)
     ui->progressBar->setValue(done);
     ui->progressBar->show();
     ui->btnStop->show();
-    updateLenses();
 }
 
 void TCardWindow::onFinished()
@@ -324,6 +345,7 @@ void TCardWindow::onFinished()
     ui->progressBar->hide();
     ui->btnStop->hide();
     updateShown();
+    updateStatistics(); // once more, with every row
 }
 
 void TCardWindow::on_btnStop_clicked()
@@ -331,8 +353,9 @@ void TCardWindow::on_btnStop_clicked()
     m_loader->stop();
 }
 
-// Asks the model for the pictures of the rows shown and a few beyond; the
-// model has each made once.
+// Asks for the pictures of the rows shown and a few beyond, those in view
+// first; the loader makes each once and drops what scrolled away before it
+// was begun.
 void TCardWindow::askPicturesAhead()
 {
     const QTableView *view = ui->tableView;
@@ -343,9 +366,20 @@ void TCardWindow::askPicturesAhead()
     int bottom = view->rowAt(view->viewport()->height() - 1);
     if (bottom < 0)
         bottom = rows - 1;
-    for (int row = std::max(top - kPictureRowsAhead, 0);
-         row <= std::min(bottom + kPictureRowsAhead, rows - 1); ++row)
-        m_filter->index(row, TCardModel::Picture).data(Qt::DecorationRole);
+    QStringList paths;
+    const auto ask = [&](int row) {
+        const TCardEntry &entry =
+            m_model->entry(m_filter->mapToSource(m_filter->index(row, 0)).row());
+        if (entry.accepted() && !m_model->hasPicture(m_model->rowOfPath(entry.path)))
+            paths.append(entry.path);
+    };
+    for (int row = top; row <= bottom; ++row)
+        ask(row);
+    for (int row = bottom + 1; row <= std::min(bottom + kPictureRowsAhead, rows - 1); ++row)
+        ask(row);
+    for (int row = top - 1; row >= std::max(top - kPictureRowsAhead, 0); --row)
+        ask(row);
+    m_loader->requestPictures(paths);
 }
 
 // --- together with the main window ---
@@ -354,15 +388,24 @@ QString TCardWindow::pathAt(const QModelIndex &index) const
 {
     if (!index.isValid())
         return {};
-    const TCardRow &row = m_model->cardRow(m_filter->mapToSource(index).row());
-    return row.accepted ? row.path : QString();
+    const TCardEntry &entry = m_model->entry(m_filter->mapToSource(index).row());
+    return entry.accepted() ? entry.path : QString();
 }
 
+// An accepted file is shown in the main window; a rejected one leaves it as it
+// is, and the status bar says why and that it does.
 void TCardWindow::onCurrentRowChanged(const QModelIndex &current)
 {
-    const QString path = pathAt(current);
-    if (!path.isEmpty())
-        emit fileChosen(path);
+    if (!current.isValid())
+        return;
+    const TCardEntry &entry = m_model->entry(m_filter->mapToSource(current).row());
+    if (entry.accepted()) {
+        statusBar()->showMessage(entry.error); // a file cut short still says so
+        emit fileChosen(entry.path);
+        return;
+    }
+    statusBar()->showMessage(tr("%1: %2 \u2013 not shown in the main window")
+                                 .arg(QFileInfo(entry.path).fileName(), entry.error));
 }
 
 void TCardWindow::on_tableView_activated(const QModelIndex &index)

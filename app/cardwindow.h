@@ -31,8 +31,6 @@ public:
     // Reads the folder's DNG files into the table; stops a folder still loading.
     void openFolder(const QString &folder);
     QString folder() const { return m_folder; }
-    // The folder opened last, also in an earlier run.
-    static QString lastFolder();
 
     // Moves the current row by direction in the shown order; false when no row
     // is current. At either end nothing happens.
@@ -44,9 +42,13 @@ public:
     // The contact sheet of the shown rows in the shown order.
     TContactSheet contactSheet() const;
 
+    // The pictures of the rows shown and a few beyond are asked for.
+    void askPicturesAhead();
+
 signals:
-    void fileChosen(const QString &path);    // a row of an accepted file became current
-    void fileActivated(const QString &path); // Enter or a double click on it
+    void fileChosen(const QString &path);     // a row of an accepted file became current
+    void fileActivated(const QString &path);  // Enter or a double click on it
+    void folderOpened(const QString &folder); // for Open Recent
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -72,11 +74,11 @@ private:
     void onFinished();
     void updateLenses();
     void updateShown();
+    void statisticsChanged();
     void updateStatistics();
-    void filterByCategory(TCategory category, const QString &value);
+    void showConditions();
     QList<int> shownRows() const;
     QStringList cardFiles() const; // every file of the card, to be kept from any output
-    void askPicturesAhead();
     QString pathAt(const QModelIndex &index) const;
 
     Ui::TCardWindow *ui;
@@ -84,7 +86,7 @@ private:
     TCardFilter *m_filter;
     TCardLoader *m_loader;
     QString m_folder;
-    QTimer *m_statisticsDue; // counts again once a burst of changes has passed
+    QTimer *m_statisticsDue; // counts again at most every so often while rows change
 };
 
 #endif // CARDWINDOW_H

@@ -60,6 +60,10 @@ int main(int argc, char *argv[])
     }
 
     QApplication app(argc, argv);
+    // These name the settings store; nothing may touch the settings before.
+    QCoreApplication::setOrganizationName(QStringLiteral("Brekko"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("brekko.example"));
+    QCoreApplication::setApplicationName(QStringLiteral("Tolvik"));
     // An unknown option ends the program with a message, before any window.
     parser.process(app);
     // Lets a Wayland desktop match the window to the installed entry and icon.

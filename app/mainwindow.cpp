@@ -1,14 +1,15 @@
 #include "mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "card/dngfiles.h"
 #include "card/filerows.h"
 #include "card/safewrite.h"
 #include "cardwindow.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
-#include "rawfile/dngfiles.h"
 #include "rawfile/tm9file.h"
 #include "safeprint.h"
+#include "settingskeys.h"
 #include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
 
@@ -146,10 +147,6 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
 
     setWindowTitle(QStringLiteral("Tolvik V.") + QCoreApplication::applicationVersion());
 
-    // These name the settings store; nothing may touch the settings before.
-    QCoreApplication::setOrganizationName(QStringLiteral("Brekko"));
-    QCoreApplication::setOrganizationDomain(QStringLiteral("brekko.example"));
-    QCoreApplication::setApplicationName(QStringLiteral("Tolvik"));
     readSettings();
 
     // Page Down / Page Up step through the folder wherever the focus is, the
@@ -189,8 +186,7 @@ void MainWindow::openFile(const QString &path)
         return;
     // Remembered at once, not only on quitting.
     recentFiles.add(path);
-    lastDirectory = QFileInfo(path).absolutePath();
-    QSettings().setValue(QStringLiteral("OtherSettings/lastDirectory"), lastDirectory);
+    QSettings().setValue(settingskeys::kLastFolder, QFileInfo(path).absolutePath());
 }
 
 bool MainWindow::showFile(const QString &path)
@@ -224,36 +220,22 @@ void MainWindow::fillRecentMenu()
 
 void MainWindow::readSettings()
 {
-    QSettings settings;
-    settings.beginGroup(QStringLiteral("MainWindow"));
-    restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray());
-    restoreState(settings.value(QStringLiteral("windowState")).toByteArray(), 0);
-    settings.endGroup();
-
-    ui->actionExact_Values->setChecked(
-        settings.value(QStringLiteral("View/exactValues"), false).toBool());
-
-    settings.beginGroup(QStringLiteral("OtherSettings"));
-    lastDirectory =
-        settings.value(QStringLiteral("lastDirectory"), QStringLiteral("/Volumes")).toString();
-    programmListe = settings.value(QStringLiteral("programmListe")).toStringList();
-    settings.endGroup();
+    const QSettings settings;
+    restoreGeometry(settings.value(settingskeys::kMainGeometry).toByteArray());
+    restoreState(settings.value(settingskeys::kMainState).toByteArray(), 0);
+    ui->actionExact_Values->setChecked(settings.value(settingskeys::kExactValues, false).toBool());
+    programmListe = settings.value(settingskeys::kPrograms).toStringList();
 }
 
 void MainWindow::saveSettings()
 {
     QSettings settings;
-    settings.beginGroup(QStringLiteral("MainWindow"));
-    settings.setValue(QStringLiteral("geometry"), saveGeometry());
-    settings.setValue(QStringLiteral("windowState"), saveState(0));
-    settings.endGroup();
-
-    settings.beginGroup(QStringLiteral("OtherSettings"));
-    if (!currentFileName.isEmpty())
-        lastDirectory = QFileInfo(currentFileName).absolutePath();
-    settings.setValue(QStringLiteral("lastDirectory"), QFileInfo(lastDirectory).absoluteFilePath());
-    settings.setValue(QStringLiteral("programmListe"), programmListe);
-    settings.endGroup();
+    settings.setValue(settingskeys::kMainGeometry, saveGeometry());
+    settings.setValue(settingskeys::kMainState, saveState(0));
+    const QString folder =
+        currentFileName.isEmpty() ? lastFolder() : QFileInfo(currentFileName).absolutePath();
+    settings.setValue(settingskeys::kLastFolder, QFileInfo(folder).absoluteFilePath());
+    settings.setValue(settingskeys::kPrograms, programmListe);
 }
 
 bool MainWindow::userReallyWantsToQuit()
@@ -442,7 +424,7 @@ QString MainWindow::openStartFolder(const QString &shownFile, const QString &las
 void MainWindow::on_actionOpen_triggered()
 {
     const QString path = QFileDialog::getOpenFileName(
-        this, tr("Open DNG-File"), openStartFolder(currentFileName, lastDirectory),
+        this, tr("Open DNG-File"), openStartFolder(currentFileName, lastFolder()),
         tr("M9-Images (*.dng)"));
     if (path.isEmpty())
         return;
@@ -451,8 +433,7 @@ void MainWindow::on_actionOpen_triggered()
 
 void MainWindow::on_actionOpen_Folder_triggered()
 {
-    const QString path =
-        QFileDialog::getExistingDirectory(this, tr("Open Folder"), TCardWindow::lastFolder());
+    const QString path = QFileDialog::getExistingDirectory(this, tr("Open Folder"), lastFolder());
     if (!path.isEmpty())
         openFolder(path);
 }
@@ -468,11 +449,13 @@ void MainWindow::openFolder(const QString &path)
             raise();
             activateWindow();
         });
+        // From here or from the card window's own Open Folder.
+        connect(cardWindow, &TCardWindow::folderOpened, this,
+                [this](const QString &folder) { recentFiles.add(folder); });
     }
     cardWindow->openFolder(path);
     cardWindow->show();
     cardWindow->raise();
-    recentFiles.add(path);
 }
 
 QString MainWindow::neighbourFile(const QString &path, int direction)
@@ -520,7 +503,7 @@ TValueStyle MainWindow::valueStyle() const
 
 void MainWindow::on_actionExact_Values_toggled(bool checked)
 {
-    QSettings().setValue(QStringLiteral("View/exactValues"), checked);
+    QSettings().setValue(settingskeys::kExactValues, checked);
     if (!rawFileShown)
         return;
     updateAnzeige();

@@ -113,7 +113,6 @@ private:
     TM9File *rawFile = nullptr;
     bool rawFileShown = false; // the panel shows rawFile (it was accepted)
     QString currentFileName;
-    QString lastDirectory;
     QStringList programmListe;
     TRecentFiles recentFiles;
     QMenu *recentMenu = nullptr; // File > Open Recent

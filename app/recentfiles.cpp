@@ -1,11 +1,13 @@
 #include "recentfiles.h"
 
+#include "settingskeys.h"
+
 #include <QFileInfo>
 #include <QSettings>
 
 namespace {
 
-const QString kKey = QStringLiteral("OtherSettings/recentFiles");
+constexpr QLatin1String kKey = settingskeys::kRecentFiles;
 
 } // namespace
 

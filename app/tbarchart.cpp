@@ -1,9 +1,14 @@
 #include "tbarchart.h"
 
+#include <QAccessible>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QStyleOptionFocusRect>
+#include <QToolTip>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -13,6 +18,7 @@ constexpr int kBarSpacing = 3;         // between two bars
 constexpr int kAxisTicks = 4;          // steps along the frames axis, at most
 constexpr double kMaxLabelShare = 0.6; // of the width, for the value labels at most
 constexpr int kLabelSlack = 4;         // pixels, so that a label that fits is never elided
+constexpr int kTickLabelGap = 6;       // pixels at least between two numbers of the axis
 
 // A step of 1, 2 or 5 times a power of ten, so the ticks fall on round numbers.
 int tickStep(int largest)
@@ -33,28 +39,97 @@ int tickStep(int largest)
 TBarChart::TBarChart(TCategory category, QWidget *parent) : QWidget(parent), m_category(category)
 {
     setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setToolTip(tr("Click a bar to show only its frames"));
+    setAccessibleName(categoryName(category));
+    setAccessibleDescription(tr("No frames"));
+}
+
+QString TBarChart::framesText(int frames)
+{
+    return frames == 1 ? tr("1 frame") : tr("%1 frames").arg(frames);
+}
+
+QString TBarChart::barText(int bar) const
+{
+    const TCount &count = m_counts[bar];
+    QString text = QStringLiteral("%1 %2: %3")
+                       .arg(categoryName(m_category), count.value, framesText(count.frames));
+    if (count.value == m_chosen)
+        text += tr(", shown alone");
+    return text;
 }
 
 void TBarChart::setCounts(const QList<TCount> &counts)
 {
+    const QString current = m_current >= 0 ? m_counts[m_current].value : QString();
     m_counts = counts;
+    int bar = -1;
+    for (int i = 0; i < m_counts.size(); ++i) {
+        if (m_counts[i].value == current)
+            bar = i;
+    }
+    setCurrentBar(bar >= 0 || m_counts.isEmpty() || !hasFocus() ? bar : 0);
     updateGeometry();
     update();
+}
+
+void TBarChart::setCurrentBar(int bar)
+{
+    m_current = bar;
+    QString description;
+    if (m_counts.isEmpty())
+        description = tr("No frames");
+    else if (bar >= 0)
+        description = barText(bar);
+    else
+        description = tr("%n bar(s)", nullptr, int(m_counts.size()));
+    if (description != accessibleDescription()) {
+        setAccessibleDescription(description);
+        QAccessibleEvent changed(this, QAccessible::DescriptionChanged);
+        QAccessible::updateAccessibility(&changed);
+    }
+    update();
+}
+
+QStringList TBarChart::labels() const
+{
+    QStringList labels;
+    int widest = 0;
+    for (const TCount &count : m_counts) {
+        labels.append(count.value);
+        widest = std::max(widest, fontMetrics().horizontalAdvance(count.value));
+    }
+    if (labels.size() < 2 || widest + kLabelSlack <= int(width() * kMaxLabelShare))
+        return labels;
+    // The words every label begins with.
+    qsizetype shared = 0;
+    for (;;) {
+        const qsizetype end = labels.first().indexOf(QLatin1Char(' '), shared);
+        if (end < 0)
+            break;
+        const QString start = labels.first().left(end + 1);
+        if (!std::all_of(labels.cbegin(), labels.cend(),
+                         [&](const QString &label) { return label.startsWith(start); }))
+            break;
+        shared = end + 1;
+    }
+    for (QString &label : labels)
+        label = label.mid(shared);
+    return labels;
 }
 
 void TBarChart::setChosen(const QString &value)
 {
     m_chosen = value;
-    update();
+    setCurrentBar(m_current); // says so to accessibility tools
 }
 
 int TBarChart::labelWidth() const
 {
     int widest = 0;
-    for (const TCount &count : m_counts)
-        widest = std::max(widest, fontMetrics().horizontalAdvance(count.value));
+    for (const QString &label : labels())
+        widest = std::max(widest, fontMetrics().horizontalAdvance(label));
     return std::min(widest + kLabelSlack, int(width() * kMaxLabelShare));
 }
 
@@ -92,8 +167,61 @@ int TBarChart::barAt(QPoint position) const
 void TBarChart::mousePressEvent(QMouseEvent *event)
 {
     const int bar = barAt(event->position().toPoint());
-    if (event->button() == Qt::LeftButton && bar >= 0)
+    if (event->button() == Qt::LeftButton && bar >= 0) {
+        setCurrentBar(bar);
         emit barClicked(m_category, m_counts[bar].value);
+    }
+}
+
+void TBarChart::keyPressEvent(QKeyEvent *event)
+{
+    const int bars = int(m_counts.size());
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Left:
+        if (bars > 0)
+            setCurrentBar(std::max(m_current - 1, 0));
+        break;
+    case Qt::Key_Down:
+    case Qt::Key_Right:
+        if (bars > 0)
+            setCurrentBar(std::min(m_current + 1, bars - 1));
+        break;
+    case Qt::Key_Home:
+        if (bars > 0)
+            setCurrentBar(0);
+        break;
+    case Qt::Key_End:
+        if (bars > 0)
+            setCurrentBar(bars - 1);
+        break;
+    case Qt::Key_Space:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (m_current >= 0)
+            emit barClicked(m_category, m_counts[m_current].value);
+        break;
+    default: QWidget::keyPressEvent(event); return;
+    }
+    event->accept();
+}
+
+bool TBarChart::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        const int bar = barAt(static_cast<QHelpEvent *>(event)->pos());
+        if (bar >= 0)
+            QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(),
+                               barText(bar) + QLatin1Char('\n') +
+                                   tr("Click to show only these frames, again to show all"),
+                               this);
+        else
+            QToolTip::hideText();
+        return true;
+    }
+    if (event->type() == QEvent::FocusIn && m_current < 0 && !m_counts.isEmpty())
+        setCurrentBar(0);
+    return QWidget::event(event);
 }
 
 void TBarChart::paintEvent(QPaintEvent *)
@@ -119,6 +247,7 @@ void TBarChart::paintEvent(QPaintEvent *)
     const int step = tickStep(largest);
     const int axisEnd = (largest + step - 1) / step * step;
     const double slot = m_counts.isEmpty() ? 0 : double(area.height()) / m_counts.size();
+    const QStringList labels = this->labels();
 
     for (int i = 0; i < m_counts.size(); ++i) {
         const TCount &count = m_counts[i];
@@ -127,7 +256,7 @@ void TBarChart::paintEvent(QPaintEvent *)
         const QRect label(kMargin, top, area.left() - kGap - kMargin, height);
         painter.setPen(colours.color(QPalette::WindowText));
         painter.drawText(label, Qt::AlignRight | Qt::AlignVCenter,
-                         metrics.elidedText(count.value, Qt::ElideMiddle, label.width()));
+                         metrics.elidedText(labels[i], Qt::ElideRight, label.width()));
 
         const int length = std::max(1, area.width() * count.frames / axisEnd);
         const QRect bar(area.left(), top, length, height);
@@ -141,6 +270,12 @@ void TBarChart::paintEvent(QPaintEvent *)
         painter.drawText(inside ? bar.adjusted(0, 0, -kBarSpacing, 0)
                                 : QRect(bar.right() + kBarSpacing, top, textWidth, height),
                          (inside ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter, frames);
+        if (i == m_current && hasFocus()) {
+            QStyleOptionFocusRect focus;
+            focus.initFrom(this);
+            focus.rect = QRect(kMargin, top, area.right() - kMargin, height);
+            style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
+        }
     }
 
     // The frames axis: a rule with round ticks and its caption.
@@ -149,13 +284,18 @@ void TBarChart::paintEvent(QPaintEvent *)
     painter.drawLine(area.left(), axisY, area.right(), axisY);
     painter.drawLine(area.left(), area.top(), area.left(), axisY);
     painter.setPen(colours.color(QPalette::WindowText));
+    // A number that would touch the one before it is left out ("80100").
+    int shownEnd = std::numeric_limits<int>::min();
     for (int value = 0; value <= axisEnd; value += step) {
         const int x = area.left() + area.width() * value / axisEnd;
         painter.drawLine(x, axisY, x, axisY + 3);
         const QString text = QString::number(value);
         const int w = metrics.horizontalAdvance(text);
-        painter.drawText(QRect(std::min(x - w / 2, width() - kMargin - w), axisY + 3, w, line),
-                         Qt::AlignCenter, text);
+        const int left = std::min(x - w / 2, width() - kMargin - w);
+        if (left < shownEnd + kTickLabelGap)
+            continue;
+        painter.drawText(QRect(left, axisY + 3, w, line), Qt::AlignCenter, text);
+        shownEnd = left + w;
     }
     painter.drawText(QRect(area.left(), axisY + 3 + line, area.width(), line),
                      Qt::AlignHCenter | Qt::AlignVCenter, tr("frames"));

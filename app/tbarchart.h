@@ -3,7 +3,9 @@
 
 // A bar chart of how many frames of a card have each value of one category:
 // a bar per value, its count on it, the values as the axis on the left and
-// the frames along the bottom. Clicking a bar chooses its value. Drawn in the
+// the frames along the bottom. Clicking a bar chooses its value, and so do
+// Space or Enter on the bar chosen with the arrow keys; the chart tells
+// accessibility tools its name and that bar's value and count. Drawn in the
 // palette's colours, so it reads in light and dark themes.
 
 #include "card/statistics.h"
@@ -24,6 +26,14 @@ public:
 
     // The bar under a point of the widget, or -1.
     int barAt(QPoint position) const;
+    // The bar the keyboard is on, or -1.
+    int currentBar() const { return m_current; }
+    // The label beside each bar: the value, without the words at its start
+    // that every value shares when they do not fit ("Summilux-M ..."), so
+    // that what tells them apart stays readable.
+    QStringList labels() const;
+
+    static QString framesText(int frames); // "1 frame", "3 frames"
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -32,16 +42,21 @@ signals:
     void barClicked(TCategory category, const QString &value);
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     QRect barArea() const;
     int labelWidth() const;
+    void setCurrentBar(int bar);
+    QString barText(int bar) const; // "ISO 200: 3 frames"
 
     TCategory m_category;
     QList<TCount> m_counts;
     QString m_chosen;
+    int m_current = -1;
 };
 
 #endif // TBARCHART_H

@@ -33,15 +33,14 @@ void TStatisticsPane::setFrames(const QList<TFrame> &frames)
     for (TBarChart *chart : std::as_const(m_charts))
         chart->setCounts(countPer(chart->category(), frames));
     const TTemperatureRange range = temperatureRange(frames);
-    m_temperature->setText(tr("<b>Sensor temperature</b>&nbsp;&nbsp;%1 (%2 frames)")
-                               .arg(temperatureRangeText(range).toHtmlEscaped())
-                               .arg(range.frames));
+    m_temperature->setText(
+        tr("<b>Sensor temperature</b>&nbsp;&nbsp;%1 (%2)")
+            .arg(temperatureRangeText(range).toHtmlEscaped(), TBarChart::framesText(range.frames)));
 }
 
 void TStatisticsPane::setChosen(TCategory category, const QString &value)
 {
-    for (TBarChart *chart : std::as_const(m_charts))
-        chart->setChosen(chart->category() == category ? value : QString());
+    chart(category)->setChosen(value);
 }
 
 TBarChart *TStatisticsPane::chart(TCategory category) const

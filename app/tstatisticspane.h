@@ -18,7 +18,8 @@ public:
     explicit TStatisticsPane(QWidget *parent = nullptr);
 
     void setFrames(const QList<TFrame> &frames);
-    // Marks the bar the table is filtered by; an empty value marks none.
+    // Marks the bar of category the table is filtered by; an empty value
+    // marks none of its bars.
     void setChosen(TCategory category, const QString &value);
     TBarChart *chart(TCategory category) const;
 

@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSortFilterProxyModel>
 #include <QTableView>
@@ -115,19 +116,27 @@ public:
                 return times.shownPictures >= 0;
             },
             60000);
-        // Every row's picture, as if the whole table had been scrolled through.
-        for (int row = 0; row < m_filter->rowCount(); ++row)
-            m_filter->index(row, TCardModel::Picture).data(Qt::DecorationRole);
-        const bool pictured = QTest::qWaitFor(
-            [&] {
-                for (int row = 0; row < m_model->rowCount(); ++row) {
-                    if (m_model->cardRow(row).accepted && !m_model->hasPicture(row))
-                        return false;
-                }
-                times.allPictures = ms();
-                return true;
-            },
-            60000);
+        // Every row's picture: the table scrolled through a page at a time,
+        // each page waited for.
+        const QScrollBar *scroll = m_view->verticalScrollBar();
+        bool pictured = true;
+        for (int value = 0; pictured; value += scroll->pageStep()) {
+            m_view->verticalScrollBar()->setValue(value);
+            pictured = QTest::qWaitFor([&] { return shownPicturesMade(); }, 60000);
+            if (value >= scroll->maximum())
+                break;
+        }
+        pictured =
+            pictured && QTest::qWaitFor(
+                            [&] {
+                                for (int row = 0; row < m_model->rowCount(); ++row) {
+                                    if (m_model->entry(row).accepted() && !m_model->hasPicture(row))
+                                        return false;
+                                }
+                                times.allPictures = ms();
+                                return true;
+                            },
+                            60000);
         if (!loaded || !pictured)
             std::fprintf(stderr, "tolvik-cardbench: %s did not finish in a minute\n",
                          qPrintable(folder));
@@ -189,7 +198,7 @@ private:
             bottom = m_filter->rowCount() - 1;
         for (int row = top; row <= bottom; ++row) {
             const int source = m_filter->mapToSource(m_filter->index(row, 0)).row();
-            if (m_model->cardRow(source).accepted && !m_model->hasPicture(source))
+            if (m_model->entry(source).accepted() && !m_model->hasPicture(source))
                 return false;
         }
         return true;
@@ -207,6 +216,8 @@ private:
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Brekko"));
+    QCoreApplication::setApplicationName(QStringLiteral("Tolvik"));
     if (argc < 2 || argc > 3) {
         std::fprintf(stderr, "usage: tolvik-cardbench FOLDER [OPENS]\n");
         return 2;

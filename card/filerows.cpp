@@ -73,20 +73,24 @@ QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accep
         for (const auto &[caption, text] : panelRows(panelTexts(file, style)))
             rows.append({caption, text});
     }
-    if (options.exposureSeconds) {
-        // Beside its text, so that a spreadsheet never takes "1/4" for a date.
-        const qsizetype at =
-            std::find_if(rows.cbegin(), rows.cend(),
-                         [](const TRow &row) { return row.first == QLatin1String("Exp.Time:"); }) -
-            rows.cbegin();
-        rows.insert(std::min(at + 1, rows.size()),
-                    {QStringLiteral("exposure_time_s"), number(panelNumbers(file).exposureTime)});
-    }
+    if (options.exposureSeconds)
+        insertExposureSeconds(rows, panelNumbers(file).exposureTime);
     if (options.numbers)
         rows += numberRows(file);
     if (options.all)
         rows += queryRows(file);
     return rows;
+}
+
+void insertExposureSeconds(QList<TRow> &rows, double seconds)
+{
+    // Beside its text, so that a spreadsheet never takes "1/4" for a date.
+    const qsizetype at =
+        std::find_if(rows.cbegin(), rows.cend(),
+                     [](const TRow &row) { return row.first == QLatin1String("Exp.Time:"); }) -
+        rows.cbegin();
+    rows.insert(std::min(at + 1, rows.size()),
+                {QStringLiteral("exposure_time_s"), number(seconds)});
 }
 
 QList<TRow> passFacts(const TM9File &file)
@@ -118,8 +122,12 @@ QString fileError(const TM9File &file, bool accepted)
 
 QString rejectionText(const TM9File &file)
 {
+    return rejectionText(fileFinding(file));
+}
+
+QString rejectionText(const QString &finding)
+{
     QString text = QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!");
-    const QString finding = fileFinding(file);
     if (!finding.isEmpty())
         text += QStringLiteral(" (%1)").arg(finding);
     return text;

@@ -16,6 +16,8 @@ struct TRowOptions {
     bool numbers = false;   // the exact values as numbers too, for JSON
     // The exposure time in seconds beside its text (CSV of the exact texts).
     bool exposureSeconds = false;
+    // A rejected file's rows are its pass facts with all, else none (JSON).
+    bool passFactsWhenRejected = false;
 };
 
 // The rows of one file after its pass; builds no picture, so any thread may
@@ -25,6 +27,9 @@ QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accep
 // What a rejected file's JSON holds with --all: the pass's result and every
 // query and stored value, so that a file can be diagnosed.
 QList<TRow> passFacts(const TM9File &file);
+
+// Puts the exposure time in seconds beside its text ("Exp.Time:") in rows.
+void insertExposureSeconds(QList<TRow> &rows, double seconds);
 
 // What a file's pass found amiss: the system's reason it could not be read
 // ("No such file or directory", "Permission denied"), "not a TIFF file",
@@ -37,6 +42,8 @@ QString fileFinding(const TM9File &file);
 // Keine native DNG-Datei!", followed by the finding in brackets. tolvik-info,
 // its CSV and JSON, and the card window say it alike.
 QString rejectionText(const TM9File &file);
+// The same with the finding given ("not a regular file").
+QString rejectionText(const QString &finding);
 
 // What is left to say of a file after its pass: the system's reason when it
 // could not be read, the rejection text when it is not accepted, else its

@@ -6,6 +6,8 @@
 // to its drawing half, tolvik-info-draw, built with TOLVIK_INFO_DRAWS and Qt
 // Gui, which takes the same arguments and draws. Only drawing loads Qt Gui.
 
+#include "card/cardentry.h"
+#include "card/dngfiles.h"
 #include "card/filerows.h"
 #include "card/inorder.h"
 #include "card/limits.h"
@@ -15,7 +17,6 @@
 #include "card/statistics.h"
 #include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
-#include "rawfile/dngfiles.h"
 #include "rawfile/tiffentry.h"
 #include "rawfile/tm9file.h"
 
@@ -248,6 +249,7 @@ QString parseArguments(const QStringList &args, TOptions &options)
         return clash;
     options.rows.numbers = options.rows.exact && options.format == TFormat::Json;
     options.rows.exposureSeconds = options.rows.exact && options.format == TFormat::Csv;
+    options.rows.passFactsWhenRejected = options.format == TFormat::Json;
     return QString();
 }
 
@@ -281,15 +283,10 @@ struct TFileResult {
 
 TFileResult readFile(const QString &path, const TOptions &options)
 {
-    TM9File file(path);
-    const bool accepted = options.rows.preflight ? file.processFilePreflight() : file.processFile();
-    const QString error = fileError(file, accepted);
-    QList<TRow> rows = fileRows(file, options.rows, accepted);
+    TCardEntry entry = readCardEntry(path, &options.rows);
     if (options.format == TFormat::Text && !options.rows.all)
-        rows.removeFirst(); // the pass's result, for --all
-    if (!accepted && options.format == TFormat::Json)
-        rows = options.rows.all ? passFacts(file) : QList<TRow>();
-    return {record(options.format, path, rows, accepted, error), error};
+        entry.rows.removeFirst(); // the pass's result, for --all
+    return {record(options.format, path, entry.rows, entry.accepted(), entry.error), entry.error};
 }
 
 // "312/1000 files" on a terminal, rewritten in place and cleared at the end.
@@ -467,23 +464,17 @@ int main(int argc, char *argv[])
     };
 #ifdef TOLVIK_INFO_DRAWS
     if (!options.contactSheetPath.isEmpty()) {
-        QList<TSheetFrame> frames(files.size());
-        runInOrder<std::pair<TSheetFrame, QString>>(
-            int(files.size()), jobs,
-            [&](int i) {
-                TM9File file(files[i]);
-                const bool accepted = file.processFile();
-                const QString error = fileError(file, accepted);
-                return std::pair(sheetFrameOf(files[i], file, accepted, error), error);
-            },
-            [&](int i, std::pair<TSheetFrame, QString> &&read) {
-                reportProblem(i, read.second);
-                frames[i] = std::move(read.first);
+        QList<TCardEntry> entries(files.size());
+        runInOrder<TCardEntry>(
+            int(files.size()), jobs, [&](int i) { return readCardEntry(files[i]); },
+            [&](int i, TCardEntry &&entry) {
+                reportProblem(i, entry.error);
+                entries[i] = std::move(entry);
                 progress.show(i + 1);
             });
         progress.clear();
         if (const QString failure = writeContactSheetPdf(
-                TContactSheet(sheetFolder(options.paths), frames), options.contactSheetPath);
+                TContactSheet(sheetFolder(options.paths), entries), options.contactSheetPath);
             !failure.isEmpty()) {
             std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(failure));
             return 2;
@@ -493,17 +484,11 @@ int main(int argc, char *argv[])
 #endif
     if (options.stats) {
         QList<TFrame> frames(files.size());
-        using TRead = std::pair<TFrame, QString>; // the frame, and what is amiss
-        runInOrder<TRead>(
-            int(files.size()), jobs,
-            [&](int i) {
-                TM9File file(files[i]);
-                const bool accepted = file.processFile();
-                return TRead(frameOf(file, accepted), fileError(file, accepted));
-            },
-            [&](int i, TRead &&read) {
-                reportProblem(i, read.second);
-                frames[i] = std::move(read.first);
+        runInOrder<TCardEntry>(
+            int(files.size()), jobs, [&](int i) { return readCardEntry(files[i]); },
+            [&](int i, TCardEntry &&entry) {
+                reportProblem(i, entry.error);
+                frames[i] = std::move(entry.frame);
                 progress.show(i + 1);
             });
         progress.clear();

@@ -3,9 +3,9 @@
 #include "card/safewrite.h"
 
 #include "documents/pageframe.h"
-#include "rawfile/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
+#include "rawfile/upright.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -34,9 +34,9 @@ constexpr double kPictureDotsPerMm = 150.0 / 25.4;
 
 // The preview of one frame, upright and scaled to fit box (millimetres);
 // null when the file cannot give one any more.
-QImage framePicture(const TSheetFrame &frame, QSizeF box)
+QImage framePicture(const TCardEntry &frame, QSizeF box)
 {
-    if (!frame.accepted)
+    if (!frame.accepted())
         return QImage();
     TM9File file(frame.path);
     if (!file.processFile())
@@ -71,7 +71,7 @@ QStringList summaryLines(const QString &summary, const QFontMetrics &metrics, do
 
 // One frame in its cell: the picture centred in the upper part, the name and
 // the summary under it.
-void paintCell(QPainter &painter, const TSheetFrame &frame, const QRectF &cell, double mm)
+void paintCell(QPainter &painter, const TCardEntry &frame, const QRectF &cell, double mm)
 {
     const QRectF inner =
         cell.adjusted(kCellPadding * mm, kCellPadding * mm, -kCellPadding * mm, -kCellPadding * mm);
@@ -102,12 +102,12 @@ void paintCell(QPainter &painter, const TSheetFrame &frame, const QRectF &cell, 
     setPoints(painter, kSummaryPoints);
     const QRectF summary(inner.left(), name.bottom(), inner.width(), 2 * summaryLine);
     painter.save();
-    if (!frame.accepted) {
+    if (!frame.accepted()) {
         painter.setPen(Qt::darkRed);
-        painter.drawText(summary, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, frame.summary);
+        painter.drawText(summary, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, frame.error);
     } else {
         const QStringList lines =
-            summaryLines(frame.summary, painter.fontMetrics(), summary.width());
+            summaryLines(frameSummary(frame.frame.texts), painter.fontMetrics(), summary.width());
         for (qsizetype i = 0; i < std::min<qsizetype>(2, lines.size()); ++i)
             painter.drawText(
                 summary.translated(0, double(i) * summaryLine), Qt::AlignLeft | Qt::AlignTop,
@@ -118,23 +118,8 @@ void paintCell(QPainter &painter, const TSheetFrame &frame, const QRectF &cell, 
 
 } // namespace
 
-TSheetFrame sheetFrame(const QString &path, const TPanelTexts &exact, const TPanelNumbers &numbers,
-                       bool accepted, const QString &rejection)
-{
-    if (!accepted)
-        return {path, rejection, QDateTime(), false};
-    return {path, frameSummary(exact), numbers.taken, true};
-}
-
-TSheetFrame sheetFrameOf(const QString &path, const TM9File &file, bool accepted,
-                         const QString &rejection)
-{
-    return sheetFrame(path, panelTexts(file, TValueStyle::Exact), panelNumbers(file), accepted,
-                      rejection);
-}
-
-TContactSheet::TContactSheet(const QString &folder, const QList<TSheetFrame> &frames)
-    : m_folder(folder), m_frames(frames)
+TContactSheet::TContactSheet(const QString &folder, const QList<TCardEntry> &entries)
+    : m_folder(folder), m_frames(entries)
 {
 }
 
@@ -142,10 +127,11 @@ QString TContactSheet::headerText() const
 {
     QDate first;
     QDate last;
-    for (const TSheetFrame &frame : m_frames) {
-        if (!frame.taken.isValid())
+    for (const TCardEntry &frame : m_frames) {
+        const QDateTime &taken = frame.frame.numbers.taken;
+        if (!frame.accepted() || !taken.isValid())
             continue;
-        const QDate day = frame.taken.date();
+        const QDate day = taken.date();
         first = first.isValid() ? std::min(first, day) : day;
         last = last.isValid() ? std::max(last, day) : day;
     }

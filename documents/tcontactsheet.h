@@ -8,29 +8,17 @@
 // one at a time and each picture is read when its page is painted, so memory
 // does not grow with the number of frames.
 
-#include <QDateTime>
+#include "card/cardentry.h"
+
 #include <QList>
 #include <QString>
 
 class QPagedPaintDevice;
-class TM9File;
-struct TPanelNumbers;
-struct TPanelTexts;
-
-struct TSheetFrame {
-    QString path;    // read again for the picture when its page is painted
-    QString summary; // frameSummary(), or the reason the file is not accepted
-    QDateTime taken; // invalid when the file holds no date
-    bool accepted = false;
-};
-TSheetFrame sheetFrame(const QString &path, const TPanelTexts &exact, const TPanelNumbers &numbers,
-                       bool accepted, const QString &rejection);
-TSheetFrame sheetFrameOf(const QString &path, const TM9File &file, bool accepted,
-                         const QString &rejection);
 
 class TContactSheet {
 public:
-    TContactSheet(const QString &folder, const QList<TSheetFrame> &frames);
+    // Each entry's picture is read again from its path when its page is painted.
+    TContactSheet(const QString &folder, const QList<TCardEntry> &entries);
 
     // "L-Card · 24 frames · 2012-06-16 – 2012-06-18"
     QString headerText() const;
@@ -42,7 +30,7 @@ public:
 
 private:
     QString m_folder;
-    QList<TSheetFrame> m_frames;
+    QList<TCardEntry> m_frames;
 };
 
 // Writes the sheet as an A4 PDF through a temporary file renamed when

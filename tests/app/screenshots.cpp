@@ -159,6 +159,8 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationVersion(QStringLiteral(TOLVIK_VERSION));
+    QApplication::setOrganizationName(QStringLiteral("Brekko"));
+    QApplication::setApplicationName(QStringLiteral("Tolvik"));
     const QStringList args = app.arguments();
     if (args.size() != 3) {
         std::fprintf(stderr, "usage: tolvik-screenshots FILE.dng OUTDIR\n");

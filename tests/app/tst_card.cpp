@@ -1,46 +1,64 @@
-// The card window: sort keys per column, the filter and lens selector, a
-// rejected file's row, CSV export against tolvik-info, and the window on a
-// folder driving the main window's panel, with a bar of its statistics
-// narrowing the table.
+// The card window: each column's text against the panel's, sort keys per
+// column, the filter with its values and conditions, a rejected file's row,
+// loading that is cancelled while a file does not answer, CSV export against
+// tolvik-info, and the window on a folder driving the main window's panel,
+// with bars of its statistics narrowing the table.
 
 #include "apptest.h"
+#include "cardloader.h"
 #include "cardmodel.h"
 #include "cardwindow.h"
 #include "documents/tcontactsheet.h"
 #include "mainwindow.h"
+#include "settingskeys.h"
 #include "tbarchart.h"
 #include "tstatisticspane.h"
+#include "workpool.h"
 
 #include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QProcess>
 #include <QProgressBar>
+#include <QSignalSpy>
+#include <QStatusBar>
 #include <QTableView>
 #include <QTest>
+#include <QThreadPool>
 #include <QToolButton>
 #include <QUrl>
+
+#include <sys/stat.h>
+
+using TConditions = QList<TCardFilter::TCondition>;
+Q_DECLARE_METATYPE(TConditions)
 
 class TestCard : public QObject {
     Q_OBJECT
 
 private slots:
     void initTestCase();
+    void columnTextIsPanelText_data();
+    void columnTextIsPanelText();
     void sortKeys_data();
     void sortKeys();
     void filter_data();
     void filter();
     void rejectedRow();
+    void fifoIsNotRead();
+    void stopWhileAFileHangs();
     void windowOnFolder();
 
 private:
     QStringList shownNames() const; // file names of m_filter's rows, top to bottom
 
     QTemporaryDir m_settings;
+    std::unique_ptr<MainWindow> m_panel; // shows the file whose columns are compared
     QTemporaryDir m_card;
     TCardModel m_model;
     TCardFilter m_filter;
@@ -75,12 +93,14 @@ void TestCard::initTestCase()
          })},
         {"X.DNG", sample([](fixture::SampleM9 &o) { o.model = "NIKON D850"; })},
     };
-    std::vector<TCardRow> rows;
+    std::vector<std::pair<int, TCardEntry>> entries;
     for (const auto &[name, bytes] : files) {
         QVERIFY(fixture::writeFile(m_card.filePath(name), bytes));
-        rows.push_back(TCardRow::read(m_card.filePath(name)));
+        entries.emplace_back(int(entries.size()), readCardEntry(m_card.filePath(name)));
     }
-    m_model.append(std::move(rows));
+    // Out of order, as the threads deliver them.
+    std::swap(entries[0], entries[3]);
+    m_model.append(std::move(entries));
     m_filter.setSourceModel(&m_model);
 }
 
@@ -90,6 +110,52 @@ QStringList TestCard::shownNames() const
     for (int row = 0; row < m_filter.rowCount(); ++row)
         names.append(m_filter.index(row, TCardModel::FileName).data().toString().chopped(4));
     return names;
+}
+
+void TestCard::columnTextIsPanelText_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("label"); // the panel's label of the same value
+    const std::pair<int, const char *> columns[] = {
+        {TCardModel::FileName, "lblFileName"},
+        {TCardModel::DateTime, "lblDateTime"},
+        {TCardModel::Lens, "lblLens"},
+        {TCardModel::FocalLength, "lblFocalLength"},
+        {TCardModel::Aperture, "lblApprAperture"},
+        {TCardModel::ExposureTime, "lblExpTime"},
+        {TCardModel::Iso, "lblISO"},
+        {TCardModel::ExpCorrection, "lblExpCorrection"},
+        {TCardModel::Metering, "lblMetering"},
+        {TCardModel::ExpProgram, "lblExpProgram"},
+        {TCardModel::FrameSelector, "lblFrameSelector"},
+        {TCardModel::MeasuredLV, "lblMeasuredLV"},
+        {TCardModel::SensorTemperature, "lblSensorTemperature"},
+        {TCardModel::ImageId, "lblShutterID"},
+        {TCardModel::Camera, "lblCamera"},
+        {TCardModel::Serial, "lblSerial"},
+    };
+    for (const auto &[column, label] : columns) {
+        QTest::newRow(qPrintable(m_model.headerData(column, Qt::Horizontal).toString()))
+            << column << QString::fromLatin1(label);
+    }
+}
+
+// Every column shows what the panel shows with exact values, for a file
+// with a value in each.
+void TestCard::columnTextIsPanelText()
+{
+    QFETCH(int, column);
+    QFETCH(QString, label);
+    if (!m_panel) {
+        m_panel = std::make_unique<MainWindow>();
+        m_panel->findChild<QAction *>(QStringLiteral("actionExact_Values"))->setChecked(true);
+    }
+    MainWindow *window = m_panel.get();
+    const QString path = m_card.filePath(QStringLiteral("A.DNG"));
+    window->openFile(path);
+    const QString shown = m_model.text(m_model.rowOfPath(path), column);
+    QVERIFY(!shown.isEmpty());
+    QCOMPARE(shown, apptest::labelText(window, label));
 }
 
 void TestCard::sortKeys_data()
@@ -127,39 +193,56 @@ void TestCard::sortKeys()
 void TestCard::filter_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("lens");
+    QTest::addColumn<TConditions>("conditions");
     QTest::addColumn<bool>("rejected");
     QTest::addColumn<QString>("shown");
 
-    QTest::newRow("everything") << ""
-                                << "" << true << "A B C D X";
-    QTest::newRow("a text of one column") << "35 mm"
-                                          << "" << true << "A";
-    QTest::newRow("any letter case, the reason too") << "nikon"
-                                                     << "" << true << "X";
-    QTest::newRow("a date's day") << "2012-06-17"
-                                  << "" << true << "B C";
-    QTest::newRow("one lens") << ""
-                              << "Summicron-M 90mm f/2 (II)" << true << "C";
-    QTest::newRow("lens and text together") << "1/125"
-                                            << "Summicron-M 90mm f/2 (II)" << true << "";
-    QTest::newRow("without the files not accepted") << ""
-                                                    << "" << false << "A B C D";
+    const TConditions none;
+    QTest::newRow("everything") << "" << none << true << "A B C D X";
+    QTest::newRow("any letter case, the reason too") << "nikon" << none << true << "X";
+    QTest::newRow("a date's day") << "2012-06-17" << none << true << "B C";
+    QTest::newRow("a focal length: 35 mm, not 135") << "35 mm" << none << true << "A";
+    QTest::newRow("a plain number: the focal length 50 or a 50mm lens, not ISO 1250")
+        << "50" << none << true << "B D";
+    QTest::newRow("f/4: the aperture 4.0, and no lens named f/4.x") << "f/4" << none << true << "C";
+    QTest::newRow("f/2: the aperture, and the lens whose name says f/2")
+        << "f/2" << none << true << "A C";
+    QTest::newRow("an exposure time: 1/125, not 1/1250") << "1/125" << none << true << "B";
+    QTest::newRow("ISO 200") << "ISO 200" << none << true << "C";
+    QTest::newRow("one lens") << "" << TConditions{{TCategory::Lens, "Summicron-M 90mm f/2 (II)"}}
+                              << true << "C";
+    QTest::newRow("lens and text together")
+        << "1/125" << TConditions{{TCategory::Lens, "Summicron-M 90mm f/2 (II)"}} << true << "";
+    QTest::newRow("two bars: both hold")
+        << "" << TConditions{{TCategory::FocalLength, "50 mm"}, {TCategory::Iso, "160"}} << true
+        << "B";
+    QTest::newRow("without the files not accepted") << "" << none << false << "A B C D";
 }
 
 void TestCard::filter()
 {
     QFETCH(QString, text);
-    QFETCH(QString, lens);
+    QFETCH(TConditions, conditions);
     QFETCH(bool, rejected);
     QFETCH(QString, shown);
     m_filter.sort(TCardModel::FileName);
     m_filter.setText(text);
-    m_filter.setColumnValue(TCardModel::Lens, lens);
+    for (const auto &condition : conditions)
+        m_filter.setCondition(condition.category, condition.value);
     m_filter.setShowRejected(rejected);
     QCOMPARE(shownNames().join(QLatin1Char(' ')), shown);
+    // Each bar counts the rows its click shows; a second click lifts it.
+    for (const TCount &count : countPer(TCategory::Iso, m_model.frames())) {
+        if (!conditions.isEmpty() || !text.isEmpty())
+            break;
+        m_filter.toggleCondition(TCategory::Iso, count.value);
+        QCOMPARE(m_filter.rowCount(), count.frames);
+        m_filter.toggleCondition(TCategory::Iso, count.value);
+        QCOMPARE(m_filter.condition(TCategory::Iso), QString());
+    }
     m_filter.setText({});
-    m_filter.setColumnValue(TCardModel::Lens, {});
+    for (const TCategory category : kCategories)
+        m_filter.setCondition(category, {});
     m_filter.setShowRejected(true);
 }
 
@@ -172,14 +255,51 @@ void TestCard::rejectedRow()
                             "D850)"));
     for (const int column : {TCardModel::Camera, TCardModel::Lens, TCardModel::Iso})
         QCOMPARE(m_model.text(x, column), QString());
-    QVERIFY(!m_model.index(x, TCardModel::Picture).data(Qt::DecorationRole).isValid());
-    QCOMPARE(m_model.index(x, TCardModel::FileName).data(Qt::ForegroundRole).value<QColor>(),
-             QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text));
-    // Its lens does not count.
-    int files = 0;
-    for (const auto &[lens, count] : m_model.lensCounts())
-        files += count;
-    QCOMPARE(files, 4);
+    // Its tool tip tells the reason in full, whatever the column's width.
+    QCOMPARE(m_model.index(x, TCardModel::FileName).data(Qt::ToolTipRole).toString(),
+             m_model.text(x, TCardModel::Error));
+}
+
+// A FIFO named like a DNG is neither found in a folder nor opened when named:
+// opening it would wait for a writer for ever.
+void TestCard::fifoIsNotRead()
+{
+    QTemporaryDir dir;
+    const QString fifo = dir.filePath(QStringLiteral("L1000001.DNG"));
+    QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    QVERIFY(dngFilesUnder(dir.path()).isEmpty());
+    const TCardEntry entry = readCardEntry(fifo);
+    QVERIFY(!entry.accepted());
+    QVERIFY2(entry.error.endsWith(QStringLiteral("(not a regular file)")), qPrintable(entry.error));
+}
+
+// Stopping while a file does not answer returns at once, and the thread
+// reading it ends on its own once it sees the stop.
+void TestCard::stopWhileAFileHangs()
+{
+    TCardModel model;
+    TCardLoader loader(&model);
+    std::atomic<int> hanging{0};
+    loader.setReader([&](const QString &path, const TCancelled &cancelled) {
+        if (!path.endsWith(QStringLiteral("C.DNG")))
+            return readCardEntry(path);
+        ++hanging;
+        while (!cancelled())
+            QThread::msleep(1);
+        --hanging;
+        return TCardEntry();
+    });
+    QSignalSpy finished(&loader, &TCardLoader::finished);
+    loader.start(m_card.path());
+    QTRY_COMPARE(hanging.load(), 1);
+    QElapsedTimer clock;
+    clock.start();
+    loader.stop();
+    QVERIFY2(clock.elapsed() < 100, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(finished.size(), 1);
+    QCOMPARE(finished.first().first().toBool(), false);
+    QTRY_COMPARE(hanging.load(), 0);
+    QTRY_COMPARE(workPool()->activeThreadCount(), 0);
 }
 
 void TestCard::windowOnFolder()
@@ -213,6 +333,12 @@ void TestCard::windowOnFolder()
                     .data(Qt::DecorationRole)
                     .value<QPixmap>()
                     .height() == TCardModel::kPictureHeight);
+
+    // A rejected row leaves the main window as it is and says why.
+    view->setCurrentIndex(view->model()->index(4, TCardModel::FileName));
+    QCOMPARE(apptest::labelText(&window, "lblFileName"), QStringLiteral("---"));
+    QVERIFY(card->statusBar()->currentMessage().startsWith(
+        QStringLiteral("X.DNG: Fehler bei der Verarbeitung.")));
 
     // Selecting drives the panel; Page Down there follows the shown order
     // (by date: C B A D X).
@@ -256,23 +382,39 @@ void TestCard::windowOnFolder()
     QCOMPARE(view->model()->rowCount(), 1);
     QCOMPARE(view->model()->index(0, TCardModel::FileName).data().toString(),
              QStringLiteral("C.DNG"));
-    auto *shownFilter = card->findChild<QLabel *>(QStringLiteral("lblCategoryFilter"));
-    QVERIFY(shownFilter->isVisibleTo(card));
-    QCOMPARE(shownFilter->text(), QStringLiteral("ISO: <b>200</b>"));
+    QWidget *conditionBar = card->findChild<QWidget *>(QStringLiteral("conditionBar"));
+    QVERIFY(conditionBar->isVisibleTo(card));
+    const auto conditionButtons = [&] {
+        return conditionBar->findChildren<QToolButton *>(QString(), Qt::FindDirectChildrenOnly);
+    };
+    QCOMPARE(conditionButtons().size(), 1);
+    QCOMPARE(conditionButtons().first()->text(), QStringLiteral("ISO: 200 \u2715"));
     QTRY_COMPARE(isoChart->counts().size(), 1);
     QCOMPARE(card->contactSheet().headerText(),
              QFileInfo(m_card.path()).fileName() +
                  QStringLiteral(" \u00b7 1 frame \u00b7 2012-06-17"));
-    card->findChild<QToolButton *>(QStringLiteral("btnClearCategory"))->click();
+    // From the keyboard: the lens chart's first bar joins the condition, and
+    // Space again lifts it.
+    TBarChart *lensChart = card->findChild<TStatisticsPane *>()->chart(TCategory::Lens);
+    QTest::keyClick(lensChart, Qt::Key_Down);
+    QTest::keyClick(lensChart, Qt::Key_Space);
+    QCOMPARE(conditionButtons().size(), 2);
+    QCOMPARE(lensChart->accessibleDescription(),
+             QStringLiteral("Lens Summicron-M 90mm f/2 (II): 1 frame, shown alone"));
+    QCOMPARE(lenses->currentData().toString(), QStringLiteral("Summicron-M 90mm f/2 (II)"));
+    QTest::keyClick(lensChart, Qt::Key_Space);
+    QCOMPARE(conditionButtons().size(), 1);
+    // A condition's button lifts it.
+    conditionButtons().first()->click();
     QCOMPARE(view->model()->rowCount(), 5);
-    QVERIFY(!shownFilter->isVisibleTo(card));
+    QVERIFY(!conditionBar->isVisibleTo(card));
 
     // The sort column and the folder outlive the window.
     card->close();
     TCardWindow again;
     QCOMPARE(again.findChild<QTableView *>()->horizontalHeader()->sortIndicatorSection(),
              int(TCardModel::FileName));
-    QCOMPARE(TCardWindow::lastFolder(), QFileInfo(m_card.path()).absoluteFilePath());
+    QCOMPARE(lastFolder(), QFileInfo(m_card.path()).absoluteFilePath());
 }
 
 QTEST_MAIN(TestCard)

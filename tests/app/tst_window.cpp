@@ -72,7 +72,6 @@ void TestWindow::startsFoldedWhateverTheStoredGeometry()
 
     QVERIFY(!window.findChild<QToolButton *>(QStringLiteral("tbtnOpenClose"))->isEnabled());
     QCOMPARE(window.windowTitle(), QStringLiteral("Tolvik V.0.6.2"));
-    QCOMPARE(QApplication::organizationDomain(), QStringLiteral("brekko.example"));
     const auto buttons = Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint;
     QCOMPARE(window.windowFlags() & (buttons | Qt::WindowCloseButtonHint),
              Qt::WindowCloseButtonHint);

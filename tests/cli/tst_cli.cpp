@@ -1,7 +1,7 @@
 // tolvik-info as a script uses it: rows, JSON lines, CSV, folders, exit
 // status, messages.
 
-#include "rawfile/dngfiles.h"
+#include "card/dngfiles.h"
 #include "tests/support/samplem9.h"
 #include "tests/support/sonybuilder.h"
 

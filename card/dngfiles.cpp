@@ -1,4 +1,4 @@
-#include "rawfile/dngfiles.h"
+#include "card/dngfiles.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -24,11 +24,14 @@ QFileInfoList sortedEntries(const QString &folder)
 }
 
 // The DNG files of folder; with a set of visited folders, those below it too.
-void collect(const QString &folder, QSet<QString> *visited, QStringList &files)
+void collect(const QString &folder, QSet<QString> *visited, const TCancelled &cancelled,
+             QStringList &files)
 {
+    if (cancelled && cancelled())
+        return;
     for (const QFileInfo &entry : sortedEntries(folder)) {
         if (!entry.isDir()) {
-            if (isDngName(entry.fileName()))
+            if (entry.isFile() && isDngName(entry.fileName()))
                 files.append(entry.filePath());
             continue;
         }
@@ -36,7 +39,7 @@ void collect(const QString &folder, QSet<QString> *visited, QStringList &files)
         const QString canonical = entry.canonicalFilePath();
         if (visited && !canonical.isEmpty() && !visited->contains(canonical)) {
             visited->insert(canonical);
-            collect(entry.filePath(), visited, files);
+            collect(entry.filePath(), visited, cancelled, files);
         }
     }
 }
@@ -46,14 +49,14 @@ void collect(const QString &folder, QSet<QString> *visited, QStringList &files)
 QStringList dngFilesIn(const QString &folder)
 {
     QStringList files;
-    collect(folder, nullptr, files);
+    collect(folder, nullptr, {}, files);
     return files;
 }
 
-QStringList dngFilesUnder(const QString &folder)
+QStringList dngFilesUnder(const QString &folder, const TCancelled &cancelled)
 {
     QSet<QString> visited{QFileInfo(folder).canonicalFilePath()};
     QStringList files;
-    collect(folder, &visited, files);
+    collect(folder, &visited, cancelled, files);
     return files;
 }

@@ -1,0 +1,32 @@
+#ifndef SETTINGSKEYS_H
+#define SETTINGSKEYS_H
+
+// Every key the window keeps in the settings, in one place. The organisation
+// and application names that place them are set once, in main().
+
+#include <QLatin1String>
+#include <QSettings>
+#include <QString>
+
+namespace settingskeys {
+
+// The folder last used, by Open… or Open Folder… alike.
+inline constexpr QLatin1String kLastFolder("OtherSettings/lastDirectory");
+inline constexpr QLatin1String kRecentFiles("OtherSettings/recentFiles");
+inline constexpr QLatin1String kPrograms("OtherSettings/programmListe");
+inline constexpr QLatin1String kExactValues("View/exactValues");
+inline constexpr QLatin1String kMainGeometry("MainWindow/geometry");
+inline constexpr QLatin1String kMainState("MainWindow/windowState");
+inline constexpr QLatin1String kCardGeometry("CardWindow/geometry");
+inline constexpr QLatin1String kCardColumns("CardWindow/columns");
+inline constexpr QLatin1String kCardSplitter("CardWindow/splitter");
+
+} // namespace settingskeys
+
+// The folder last used; before any, "/Volumes", where a Mac mounts its cards.
+inline QString lastFolder()
+{
+    return QSettings().value(settingskeys::kLastFolder, QStringLiteral("/Volumes")).toString();
+}
+
+#endif // SETTINGSKEYS_H

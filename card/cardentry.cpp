@@ -1,0 +1,37 @@
+#include "card/cardentry.h"
+
+#include "rawfile/tm9file.h"
+
+#include <QFileInfo>
+
+TCardEntry readCardEntry(const QString &path, const TRowOptions *rows)
+{
+    TCardEntry entry;
+    entry.path = path;
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile()) {
+        entry.error = rejectionText(QStringLiteral("not a regular file"));
+        if (rows)
+            entry.rows = fileRows(TM9File(), *rows, false);
+        return entry;
+    }
+    TM9File file(path);
+    const bool accepted =
+        rows && rows->preflight ? file.processFilePreflight() : file.processFile();
+    entry.error = fileError(file, accepted);
+    entry.frame = frameOf(file, accepted);
+    if (rows && !accepted && rows->passFactsWhenRejected)
+        entry.rows = rows->all ? passFacts(file) : QList<TRow>();
+    else if (rows)
+        entry.rows = fileRows(file, *rows, accepted);
+    return entry;
+}
+
+QList<TRow> exactRows(const TCardEntry &entry)
+{
+    QList<TRow> rows{{QStringLiteral("processFile"), entry.accepted()}};
+    for (const auto &[caption, text] : panelRows(entry.frame.texts))
+        rows.append({caption, text});
+    insertExposureSeconds(rows, entry.frame.numbers.exposureTime);
+    return rows;
+}
