@@ -9,21 +9,26 @@
 #include "safeprint.h"
 #include "settingskeys.h"
 #include "tstatisticspane.h"
+#include "workpool.h"
 
 #include <QCloseEvent>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFutureWatcher>
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QProgressDialog>
 #include <QSaveFile>
 #include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolButton>
+#include <QtConcurrent>
 
 namespace {
 
@@ -42,6 +47,9 @@ constexpr int kStatisticsWidth = 380;
 // The charts are counted again at most this often while rows arrive or the
 // filter changes: the first change starts the wait, later ones join it.
 constexpr int kStatisticsDelayMs = 200;
+
+// A task shorter than this shows no progress dialog.
+constexpr int kProgressAfterMs = 500;
 
 } // namespace
 
@@ -205,9 +213,38 @@ TContactSheet TCardWindow::contactSheet() const
     return TContactSheet(m_folder, entries);
 }
 
+// The sheet's pictures made on the work pool while a progress dialog shows
+// and the window goes on answering; false when cancelled.
+bool TCardWindow::makeSheetPictures(TContactSheet &sheet)
+{
+    const QList<TCardEntry> &entries = sheet.frames();
+    QProgressDialog progress(tr("Making the pictures of the contact sheet..."), tr("Cancel"), 0,
+                             int(entries.size()), this);
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(kProgressAfterMs);
+    QFutureWatcher<QImage> making;
+    QEventLoop loop;
+    connect(&making, &QFutureWatcher<QImage>::progressValueChanged, &progress,
+            &QProgressDialog::setValue);
+    connect(&progress, &QProgressDialog::canceled, &making, &QFutureWatcher<QImage>::cancel);
+    connect(&making, &QFutureWatcher<QImage>::finished, &loop, &QEventLoop::quit);
+    making.setFuture(QtConcurrent::mapped(workPool(), entries, &TContactSheet::picture));
+    if (!making.isFinished())
+        loop.exec();
+    if (making.isCanceled())
+        return false;
+    QHash<QString, QImage> pictures;
+    for (qsizetype i = 0; i < entries.size(); ++i)
+        pictures.insert(entries[i].path, making.resultAt(int(i)));
+    sheet.setPictures(std::move(pictures));
+    return true;
+}
+
 void TCardWindow::on_actionPrint_Contact_Sheet_triggered()
 {
-    const TContactSheet sheet = contactSheet();
+    TContactSheet sheet = contactSheet();
+    if (!makeSheetPictures(sheet))
+        return;
     QPrinter printer;
     setReportMargins(&printer);
     printer.setDocName(sheet.headerText());

@@ -78,6 +78,7 @@ private:
     void updateStatistics();
     void showConditions();
     QList<int> shownRows() const;
+    bool makeSheetPictures(TContactSheet &sheet);
     QStringList cardFiles() const; // every file of the card, to be kept from any output
     QString pathAt(const QModelIndex &index) const;
 

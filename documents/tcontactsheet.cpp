@@ -32,6 +32,10 @@ constexpr double kSummaryPoints = 6.0;
 // paper, and a page of twenty stays small.
 constexpr double kPictureDotsPerMm = 150.0 / 25.4;
 
+// Pictures made before the sheet is painted fit this box (millimetres), a
+// little larger than a cell's on A4, and are scaled down into their cell.
+constexpr QSizeF kMadeBeforeBox(50, 40);
+
 // The preview of one frame, upright and scaled to fit box (millimetres);
 // null when the file cannot give one any more.
 QImage framePicture(const TCardEntry &frame, QSizeF box)
@@ -69,9 +73,10 @@ QStringList summaryLines(const QString &summary, const QFontMetrics &metrics, do
     return lines;
 }
 
-// One frame in its cell: the picture centred in the upper part, the name and
-// the summary under it.
-void paintCell(QPainter &painter, const TCardEntry &frame, const QRectF &cell, double mm)
+// One frame in its cell: the picture centred in the upper part (made before,
+// or read now), the name and the summary under it.
+void paintCell(QPainter &painter, const TCardEntry &frame, const QImage *madeBefore,
+               const QRectF &cell, double mm)
 {
     const QRectF inner =
         cell.adjusted(kCellPadding * mm, kCellPadding * mm, -kCellPadding * mm, -kCellPadding * mm);
@@ -82,7 +87,7 @@ void paintCell(QPainter &painter, const TCardEntry &frame, const QRectF &cell, d
     const double textHeight = nameLine + 2 * summaryLine + kTextGap * mm;
     const QRectF box(inner.topLeft(), QSizeF(inner.width(), inner.height() - textHeight));
 
-    const QImage picture = framePicture(frame, box.size() / mm);
+    const QImage picture = madeBefore ? *madeBefore : framePicture(frame, box.size() / mm);
     if (!picture.isNull()) {
         QSizeF shown = QSizeF(picture.size()).scaled(box.size(), Qt::KeepAspectRatio);
         const QRectF target(box.center() - QPointF(shown.width(), shown.height()) / 2, shown);
@@ -148,6 +153,16 @@ QString TContactSheet::headerText() const
     return text;
 }
 
+QImage TContactSheet::picture(const TCardEntry &frame)
+{
+    return framePicture(frame, kMadeBeforeBox);
+}
+
+void TContactSheet::setPictures(QHash<QString, QImage> pictures)
+{
+    m_pictures = std::move(pictures);
+}
+
 int TContactSheet::framesPerPage()
 {
     return kColumns * kRows;
@@ -177,7 +192,10 @@ int TContactSheet::print(QPagedPaintDevice *device) const
                 break;
             const QPointF at(page.body.left() + (i % kColumns) * cell.width(),
                              page.body.top() + (i / kColumns) * cell.height());
-            paintCell(painter, m_frames[index], QRectF(at, cell), page.mm);
+            const TCardEntry &frame = m_frames[index];
+            const auto made = m_pictures.constFind(frame.path);
+            paintCell(painter, frame, made == m_pictures.cend() ? nullptr : &*made,
+                      QRectF(at, cell), page.mm);
         }
     }
     return pages;

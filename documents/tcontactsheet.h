@@ -6,10 +6,13 @@
 // names the folder, the number of frames and the days they span; the footer
 // reads "Seite n / N" and the date, as the report's does. Pages are painted
 // one at a time and each picture is read when its page is painted, so memory
-// does not grow with the number of frames.
+// does not grow with the number of frames; the window makes them before, on
+// its worker threads, so that painting a preview does not hold it up.
 
 #include "card/cardentry.h"
 
+#include <QHash>
+#include <QImage>
 #include <QList>
 #include <QString>
 
@@ -23,6 +26,13 @@ public:
     // "L-Card · 24 frames · 2012-06-16 – 2012-06-18"
     QString headerText() const;
     static int framesPerPage();
+    const QList<TCardEntry> &frames() const { return m_frames; }
+
+    // A frame's picture as the sheet places it, made on any thread; null
+    // when the file gives none.
+    static QImage picture(const TCardEntry &frame);
+    // Pictures made before, by path: painting then reads no file for them.
+    void setPictures(QHash<QString, QImage> pictures);
     int pageCount() const;
 
     // Paints every page on the device; returns the number of pages.
@@ -31,6 +41,7 @@ public:
 private:
     QString m_folder;
     QList<TCardEntry> m_frames;
+    QHash<QString, QImage> m_pictures;
 };
 
 // Writes the sheet as an A4 PDF through a temporary file renamed when

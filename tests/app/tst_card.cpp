@@ -24,6 +24,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QProcess>
+#include <QPrintPreviewDialog>
 #include <QProgressBar>
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -393,6 +394,14 @@ void TestCard::windowOnFolder()
     QCOMPARE(card->contactSheet().headerText(),
              QFileInfo(m_card.path()).fileName() +
                  QStringLiteral(" \u00b7 1 frame \u00b7 2012-06-17"));
+    // Its preview opens once the pictures are made on the workers.
+    bool previewed = false;
+    apptest::whenModal<QPrintPreviewDialog>([&](QPrintPreviewDialog *dialog) {
+        previewed = true;
+        dialog->reject();
+    });
+    card->findChild<QAction *>(QStringLiteral("actionPrint_Contact_Sheet"))->trigger();
+    QVERIFY(previewed);
     // From the keyboard: the lens chart's first bar joins the condition, and
     // Space again lifts it.
     TBarChart *lensChart = card->findChild<TStatisticsPane *>()->chart(TCategory::Lens);
