@@ -103,8 +103,8 @@ bool writeCard(const QString &dir)
 }
 
 // The card window on the folder, once every row and picture is in, with a
-// row chosen; then with the table narrowed to one lens by its bar, and the
-// contact sheet of the card as a PDF.
+// row chosen; then with the table narrowed by the bars of one lens and one
+// ISO, and the contact sheet of the card as a PDF.
 bool saveCard(const QString &folder, const QString &dir)
 {
     MainWindow window;
@@ -125,16 +125,21 @@ bool saveCard(const QString &folder, const QString &dir)
         return false;
     std::printf("%s\n", qPrintable(pdf));
 
-    TBarChart *lenses = card->findChild<TStatisticsPane *>()->chart(TCategory::Lens);
-    const QRect bar = lenses->rect();
-    for (int y = bar.top(); y < bar.bottom(); ++y) {
-        const int index = lenses->barAt(QPoint(bar.width() - 10, y));
-        if (index >= 0 && lenses->counts()[index].value.startsWith(QLatin1String("Summilux"))) {
-            QTest::mouseClick(lenses, Qt::LeftButton, {}, QPoint(bar.width() - 10, y));
-            break;
+    // Two bars of two charts: the Summilux frames at ISO 160.
+    const auto clickBar = [card](TCategory category, const QString &value) {
+        TBarChart *chart = card->findChild<TStatisticsPane *>()->chart(category);
+        const QRect area = chart->rect();
+        for (int y = area.top(); y < area.bottom(); ++y) {
+            const int index = chart->barAt(QPoint(area.width() - 10, y));
+            if (index >= 0 && chart->counts()[index].value.startsWith(value)) {
+                QTest::mouseClick(chart, Qt::LeftButton, {}, QPoint(area.width() - 10, y));
+                break;
+            }
         }
-    }
-    QTest::qWait(300);
+        QTest::qWait(300);
+    };
+    clickBar(TCategory::Lens, QStringLiteral("Summilux"));
+    clickBar(TCategory::Iso, QStringLiteral("160"));
     if (!save(*card, dir + QStringLiteral("card-lens.png")))
         return false;
 
