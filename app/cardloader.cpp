@@ -1,5 +1,6 @@
 #include "cardloader.h"
 
+#include "card/limits.h"
 #include "cardmodel.h"
 #include "rawfile/tm9file.h"
 #include "workpool.h"
@@ -98,6 +99,7 @@ void TCardLoader::read(const QStringList &files)
         if (owner != m_watchers || reading->isCanceled())
             return;
         flush();
+        m_reading = QFuture<TCardEntry>(); // its results are in the model now
         m_loading = false;
         emit progress(m_done, m_total);
         emit finished(true);
@@ -158,10 +160,13 @@ void TCardLoader::requestPictures(const QStringList &paths)
     startPictures();
 }
 
-// Keeps as many pictures being made as the pool has threads, in the order asked.
+// Keeps a few pictures per thread of the pool on their way, in the order
+// asked: enough that no thread waits for the window to start the next, few
+// enough that what scrolls away can still be dropped.
 void TCardLoader::startPictures()
 {
-    while (m_picturesRunning < workPool()->maxThreadCount() && !m_pictureQueue.isEmpty()) {
+    const int inFlight = workPool()->maxThreadCount() * limits::kFilesInFlightPerThread;
+    while (m_picturesRunning < inFlight && !m_pictureQueue.isEmpty()) {
         const QString path = m_pictureQueue.takeFirst();
         m_picturesAsked.insert(path);
         ++m_picturesRunning;
