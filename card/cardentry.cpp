@@ -10,6 +10,7 @@ TCardEntry readCardEntry(const QString &path, const TRowOptions *rows)
     entry.path = path;
     const QFileInfo info(path);
     if (info.exists() && !info.isFile()) {
+        entry.frame.texts.fileName = info.fileName();
         entry.error = rejectionText(QStringLiteral("not a regular file"));
         if (rows)
             entry.rows = fileRows(TM9File(), *rows, false);

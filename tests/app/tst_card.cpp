@@ -271,6 +271,7 @@ void TestCard::fifoIsNotRead()
     QVERIFY(dngFilesUnder(dir.path()).isEmpty());
     const TCardEntry entry = readCardEntry(fifo);
     QVERIFY(!entry.accepted());
+    QCOMPARE(entry.frame.texts.fileName, QStringLiteral("L1000001.DNG"));
     QVERIFY2(entry.error.endsWith(QStringLiteral("(not a regular file)")), qPrintable(entry.error));
 }
 
@@ -318,6 +319,9 @@ void TestCard::windowOnFolder()
     QApplication::sendEvent(&window, &drop);
     auto *card = window.findChild<TCardWindow *>();
     QVERIFY(card && card->isVisible());
+    // The card window tells Open Recent of every folder it opens.
+    QCOMPARE(QSettings().value(settingskeys::kRecentFiles).toStringList().value(0),
+             QFileInfo(m_card.path()).absoluteFilePath());
     QTRY_VERIFY(card->findChild<QProgressBar *>()->isHidden());
     auto *view = card->findChild<QTableView *>();
     QCOMPARE(view->model()->rowCount(), 5);
