@@ -4,10 +4,10 @@
 
 #include "documents/pageframe.h"
 #include "documents/rgbdistribution.h"
-#include "rawfile/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/limits.h"
 #include "rawfile/tm9file.h"
+#include "rawfile/upright.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QCoreApplication>

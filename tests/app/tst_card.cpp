@@ -23,8 +23,8 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMimeData>
-#include <QProcess>
 #include <QPrintPreviewDialog>
+#include <QProcess>
 #include <QProgressBar>
 #include <QSignalSpy>
 #include <QStatusBar>

@@ -4,9 +4,9 @@
 
 #include "apptest.h"
 #include "documents/treport.h"
-#include "rawfile/upright.h"
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
+#include "rawfile/upright.h"
 #include "tdlgpreferences.h"
 
 #include <QAction>

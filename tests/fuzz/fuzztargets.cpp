@@ -4,9 +4,9 @@
 #include "cli/sonymakernote.h"
 #include "documents/rgbdistribution.h"
 #include "documents/treport.h"
-#include "rawfile/upright.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
+#include "rawfile/upright.h"
 
 #include <QBuffer>
 #include <QDir>
