@@ -1,5 +1,7 @@
 #include "tbarchart.h"
 
+#include "tbarchartaccessible.h"
+
 #include <QAccessible>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -42,6 +44,7 @@ TBarChart::TBarChart(TCategory category, QWidget *parent) : QWidget(parent), m_c
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setAccessibleName(categoryName(category));
+    installBarChartAccessibility();
     setAccessibleDescription(tr("No frames"));
 }
 
@@ -88,6 +91,11 @@ void TBarChart::setCurrentBar(int bar)
         setAccessibleDescription(description);
         QAccessibleEvent changed(this, QAccessible::DescriptionChanged);
         QAccessible::updateAccessibility(&changed);
+    }
+    if (bar >= 0 && hasFocus()) {
+        QAccessibleEvent focus(this, QAccessible::Focus);
+        focus.setChild(bar);
+        QAccessible::updateAccessibility(&focus);
     }
     update();
 }
@@ -167,10 +175,22 @@ int TBarChart::barAt(QPoint position) const
 void TBarChart::mousePressEvent(QMouseEvent *event)
 {
     const int bar = barAt(event->position().toPoint());
-    if (event->button() == Qt::LeftButton && bar >= 0) {
-        setCurrentBar(bar);
-        emit barClicked(m_category, m_counts[bar].value);
-    }
+    if (event->button() == Qt::LeftButton && bar >= 0)
+        clickBar(bar);
+}
+
+void TBarChart::clickBar(int bar)
+{
+    setCurrentBar(bar);
+    emit barClicked(m_category, m_counts[bar].value);
+}
+
+QRect TBarChart::barRect(int bar) const
+{
+    const QRect area = barArea();
+    const double slot = m_counts.isEmpty() ? 0 : double(area.height()) / m_counts.size();
+    const int top = area.top() + int(bar * slot);
+    return QRect(kMargin, top, area.right() - kMargin, std::max(1, int(slot) - kBarSpacing));
 }
 
 void TBarChart::keyPressEvent(QKeyEvent *event)
@@ -199,7 +219,7 @@ void TBarChart::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (m_current >= 0)
-            emit barClicked(m_category, m_counts[m_current].value);
+            clickBar(m_current);
         break;
     default: QWidget::keyPressEvent(event); return;
     }
@@ -273,7 +293,7 @@ void TBarChart::paintEvent(QPaintEvent *)
         if (i == m_current && hasFocus()) {
             QStyleOptionFocusRect focus;
             focus.initFrom(this);
-            focus.rect = QRect(kMargin, top, area.right() - kMargin, height);
+            focus.rect = barRect(i);
             style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
         }
     }

@@ -4,9 +4,10 @@
 // A bar chart of how many frames of a card have each value of one category:
 // a bar per value, its count on it, the values as the axis on the left and
 // the frames along the bottom. Clicking a bar chooses its value, and so do
-// Space or Enter on the bar chosen with the arrow keys; the chart tells
-// accessibility tools its name and that bar's value and count. Drawn in the
-// palette's colours, so it reads in light and dark themes.
+// Space or Enter on the bar chosen with the arrow keys; accessibility tools
+// see the chart by its name and each bar by its value and count, and can
+// press it (tbarchartaccessible). Drawn in the palette's colours, so it reads
+// in light and dark themes.
 
 #include "card/statistics.h"
 
@@ -23,9 +24,15 @@ public:
     const QList<TCount> &counts() const { return m_counts; }
     // The value whose bar is drawn as chosen; empty for none.
     void setChosen(const QString &value);
+    const QString &chosen() const { return m_chosen; }
 
     // The bar under a point of the widget, or -1.
     int barAt(QPoint position) const;
+    // Where a bar's row lies in the widget, its label included.
+    QRect barRect(int bar) const;
+    // A bar clicked, by the mouse, the keyboard or an accessibility tool.
+    void clickBar(int bar);
+    QString barText(int bar) const; // "ISO 200: 3 frames", ", shown alone" when chosen
     // The bar the keyboard is on, or -1.
     int currentBar() const { return m_current; }
     // The label beside each bar: the value, without the words at its start
@@ -51,7 +58,6 @@ private:
     QRect barArea() const;
     int labelWidth() const;
     void setCurrentBar(int bar);
-    QString barText(int bar) const; // "ISO 200: 3 frames"
 
     TCategory m_category;
     QList<TCount> m_counts;

@@ -15,6 +15,7 @@
 #include "tstatisticspane.h"
 #include "workpool.h"
 
+#include <QAccessible>
 #include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
@@ -421,6 +422,20 @@ void TestCard::windowOnFolder()
     conditionButtons().first()->click();
     QCOMPARE(view->model()->rowCount(), 5);
     QVERIFY(!conditionBar->isVisibleTo(card));
+    // Accessibility tools see each bar's value and count, and can press it.
+    QTRY_COMPARE(isoChart->counts().size(), 4);
+    QAccessibleInterface *chart = QAccessible::queryAccessibleInterface(isoChart);
+    QCOMPARE(chart->text(QAccessible::Name), QStringLiteral("ISO"));
+    QCOMPARE(chart->childCount(), 4);
+    QAccessibleInterface *iso200 = chart->child(1);
+    QCOMPARE(iso200->text(QAccessible::Name), QStringLiteral("200"));
+    QCOMPARE(iso200->text(QAccessible::Value), QStringLiteral("1 frame"));
+    QCOMPARE(chart->indexOfChild(iso200), 1);
+    iso200->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    QCOMPARE(view->model()->rowCount(), 1);
+    QVERIFY(iso200->state().selected);
+    iso200->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    QCOMPARE(view->model()->rowCount(), 5);
 
     // The sort column and the folder outlive the window.
     card->close();
