@@ -307,6 +307,15 @@ void TCardFilter::toggleCondition(TCategory category, const QString &value)
     setCondition(category, condition(category) == value ? QString() : value);
 }
 
+void TCardFilter::clearConditions()
+{
+    if (m_conditions.isEmpty())
+        return;
+    m_conditions.clear();
+    invalidateFilter();
+    emit conditionsChanged();
+}
+
 QString TCardFilter::condition(TCategory category) const
 {
     for (const TCondition &c : m_conditions) {

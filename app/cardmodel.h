@@ -129,6 +129,7 @@ public:
     void setCondition(TCategory category, const QString &value);
     // A bar clicked: its condition is set, or lifted when it was set.
     void toggleCondition(TCategory category, const QString &value);
+    void clearConditions();
     QString condition(TCategory category) const;
     const QList<TCondition> &conditions() const { return m_conditions; }
 

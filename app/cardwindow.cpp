@@ -118,7 +118,7 @@ void TCardWindow::openFolder(const QString &folder)
     QSettings().setValue(settingskeys::kLastFolder, m_folder);
     setWindowTitle(QStringLiteral("Tolvik \u2013 ") + QDir::toNativeSeparators(m_folder));
     statusBar()->clearMessage();
-    m_filter->setCondition(TCategory::Lens, QString());
+    m_filter->clearConditions(); // those of the card before
     m_loader->start(m_folder);
     emit folderOpened(m_folder);
 }
@@ -321,8 +321,7 @@ void TCardWindow::showConditions()
 
 void TCardWindow::on_btnClearCategory_clicked()
 {
-    for (const TCategory category : kCategories)
-        m_filter->setCondition(category, QString());
+    m_filter->clearConditions();
 }
 
 // --- filter and lens selector ---

@@ -243,8 +243,7 @@ void TestCard::filter()
         QCOMPARE(m_filter.condition(TCategory::Iso), QString());
     }
     m_filter.setText({});
-    for (const TCategory category : kCategories)
-        m_filter.setCondition(category, {});
+    m_filter.clearConditions();
     m_filter.setShowRejected(true);
 }
 
