@@ -5,15 +5,9 @@
 #include <QFileInfo>
 #include <QSettings>
 
-namespace {
-
-constexpr QLatin1String kKey = settingskeys::kRecentFiles;
-
-} // namespace
-
 QStringList TRecentFiles::entries() const
 {
-    return QSettings().value(kKey).toStringList().mid(0, kMaxEntries);
+    return QSettings().value(settingskeys::kRecentFiles).toStringList().mid(0, kMaxEntries);
 }
 
 QStringList TRecentFiles::existing() const
@@ -43,6 +37,6 @@ void TRecentFiles::clear()
 void TRecentFiles::store(const QStringList &entries)
 {
     QSettings settings;
-    settings.setValue(kKey, entries);
+    settings.setValue(settingskeys::kRecentFiles, entries);
     settings.sync();
 }
