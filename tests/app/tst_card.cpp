@@ -54,6 +54,7 @@ private slots:
     void rejectedRow();
     void fifoIsNotRead();
     void stopWhileAFileHangs();
+    void emptyFolderFinishes();
     void windowOnFolder();
 
 private:
@@ -302,6 +303,20 @@ void TestCard::stopWhileAFileHangs()
     QCOMPARE(finished.first().first().toBool(), false);
     QTRY_COMPARE(hanging.load(), 0);
     QTRY_COMPARE(workPool()->activeThreadCount(), 0);
+}
+
+// A folder without a DNG ends its loading too, with no row.
+void TestCard::emptyFolderFinishes()
+{
+    QTemporaryDir empty;
+    TCardModel model;
+    TCardLoader loader(&model);
+    QSignalSpy finished(&loader, &TCardLoader::finished);
+    loader.start(empty.path());
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(finished.first().first().toBool(), true);
+    QVERIFY(!loader.isLoading());
+    QCOMPARE(model.rowCount(), 0);
 }
 
 void TestCard::windowOnFolder()
