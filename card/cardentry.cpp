@@ -11,7 +11,8 @@ TCardEntry readCardEntry(const QString &path, const TRowOptions *rows)
     const QFileInfo info(path);
     if (info.exists() && !info.isFile()) {
         entry.frame.texts.fileName = info.fileName();
-        entry.error = rejectionText(QStringLiteral("not a regular file"));
+        // Like a file that cannot be read, it is not called a wrong one.
+        entry.error = QStringLiteral("not a regular file");
         if (rows)
             entry.rows = fileRows(TM9File(), *rows, false);
         return entry;

@@ -122,12 +122,8 @@ QString fileError(const TM9File &file, bool accepted)
 
 QString rejectionText(const TM9File &file)
 {
-    return rejectionText(fileFinding(file));
-}
-
-QString rejectionText(const QString &finding)
-{
     QString text = QStringLiteral("Fehler bei der Verarbeitung. Keine native DNG-Datei!");
+    const QString finding = fileFinding(file);
     if (!finding.isEmpty())
         text += QStringLiteral(" (%1)").arg(finding);
     return text;

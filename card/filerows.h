@@ -42,8 +42,6 @@ QString fileFinding(const TM9File &file);
 // Keine native DNG-Datei!", followed by the finding in brackets. tolvik-info,
 // its CSV and JSON, and the card window say it alike.
 QString rejectionText(const TM9File &file);
-// The same with the finding given ("not a regular file").
-QString rejectionText(const QString &finding);
 
 // What is left to say of a file after its pass: the system's reason when it
 // could not be read, the rejection text when it is not accepted, else its
