@@ -53,6 +53,7 @@ private slots:
     void filter();
     void rejectedRow();
     void fifoIsNotRead();
+    void searchEndsWhenCancelled();
     void stopWhileAFileHangs();
     void emptyFolderFinishes();
     void windowOnFolder();
@@ -274,6 +275,21 @@ void TestCard::fifoIsNotRead()
     QVERIFY(!entry.accepted());
     QCOMPARE(entry.frame.texts.fileName, QStringLiteral("L1000001.DNG"));
     QCOMPARE(entry.error, QStringLiteral("not a regular file"));
+}
+
+// The folder search asks before each folder whether to go on, and ends
+// with what it found when told to stop.
+void TestCard::searchEndsWhenCancelled()
+{
+    QTemporaryDir dir;
+    for (const char *name : {"a/L1.DNG", "b/L2.DNG", "c/L3.DNG"}) {
+        QVERIFY(QDir(dir.path()).mkpath(QFileInfo(dir.filePath(name)).path()));
+        QVERIFY(fixture::writeFile(dir.filePath(name), "x"));
+    }
+    int asked = 0;
+    const QStringList found = dngFilesUnder(dir.path(), [&] { return ++asked > 2; });
+    QCOMPARE(found, QStringList{dir.filePath(QStringLiteral("a/L1.DNG"))});
+    QCOMPARE(dngFilesUnder(dir.path()).size(), 3);
 }
 
 // Stopping while a file does not answer returns at once, and the thread
