@@ -53,9 +53,9 @@ struct TRawInfo {
     // active area's origin; index (row % rows) * columns + column % columns.
     int blackRepeatRows = 1, blackRepeatColumns = 1;
     std::array<double, 4> blackLevel{};
-    std::vector<float> blackDeltaH; // per column of the active area, or empty
-    std::vector<float> blackDeltaV; // per row of the active area, or empty
-    uint32_t whiteLevel = 0;        // WhiteLevel (or 2^bits - 1, or the table's last entry)
+    std::vector<float> blackDeltaH;      // per column of the active area, or empty
+    std::vector<float> blackDeltaV;      // per row of the active area, or empty
+    uint32_t whiteLevel = 0;             // WhiteLevel (or 2^bits - 1, or the table's last entry)
     std::vector<uint16_t> linearization; // the LinearizationTable (already applied)
 
     // Colour (absent tags: present == false, or the defaults below).
@@ -81,7 +81,10 @@ struct TRawImage {
     TRawInfo info;
     std::vector<uint16_t> pixels; // info.width * info.height, row by row, linearized
 
-    uint16_t at(int x, int y) const { return pixels[std::size_t(y) * std::size_t(info.width) + std::size_t(x)]; }
+    uint16_t at(int x, int y) const
+    {
+        return pixels[std::size_t(y) * std::size_t(info.width) + std::size_t(x)];
+    }
 };
 
 } // namespace raw
