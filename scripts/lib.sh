@@ -21,6 +21,8 @@ TOLVIK_PACKAGES=(
     help2man                  # the manual pages, made from the programs' --help
     bubblewrap                # the thumbnailer test runs it as GNOME's sandbox
     bash-completion           # the test of tolvik-info's completion
+    dcraw libraw-bin          # the raw decoder's test compares its values with theirs
+    mate-backgrounds          # a photograph (nature/Garden.jpg, 2560 x 1600) for the test pictures
 )
 
 ensure_packages() {

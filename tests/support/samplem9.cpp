@@ -138,7 +138,7 @@ IfdPtr sampleIfd0(const SampleM9 &o)
     ifd0->rational(0x011A, 300, 1).rational(0x011B, 300, 1);
     ifd0->shortValue(0x011C, 1).shortValue(0x0128, 2).ascii(0x0131, "1.196");
     ifd0->ascii(0x0132, "2012:06:17 14:32:05").ascii(0x013B, "Anna Berg");
-    ifd0->child(0x014A, rawIfd(o)).child(0x8769, exifIfd(o));
+    ifd0->child(0x014A, o.rawIfd ? o.rawIfd : rawIfd(o)).child(0x8769, exifIfd(o));
     if (o.withGps)
         ifd0->child(0x8825, gpsIfd());
     ifd0->bytes(0xC612, Byte, QByteArray("\x01\x02\x00\x00", 4));

@@ -31,6 +31,7 @@ struct SampleM9 {
     quint16 iso = 160;
     quint16 orientation = 1;
     QByteArray imageUniqueId = "00000000000000000000000000002a3f";
+    IfdPtr rawIfd; // the raw SubIFD; a 5216 x 3472 one of rawDataBytes when null
 };
 
 QImage sampleScene(); // the 320 x 240 preview

@@ -39,6 +39,15 @@ Ifd &Ifd::offsetTo(quint16 tag, const QByteArray &block, std::optional<quint16> 
     return lengthTag ? longValue(*lengthTag, quint32(block.size())) : *this;
 }
 
+Ifd &Ifd::offsetsTo(quint16 tag, const QList<QByteArray> &blocks, quint16 lengthTag)
+{
+    add(tag, Long, blocks.size()).m_entries.last().blocks = blocks;
+    QList<quint32> sizes;
+    for (const QByteArray &block : blocks)
+        sizes << quint32(block.size());
+    return longs(lengthTag, sizes);
+}
+
 Ifd &Ifd::child(quint16 tag, IfdPtr directory, bool asBlock)
 {
     add(tag, asBlock ? Undefined : Long, 1).m_entries.last().child = std::move(directory);
@@ -107,6 +116,18 @@ public:
                 patch32(field, quint32(at));
                 if (e.childAsBlock)
                     patch32(field - 4, quint32(out.size() - at));
+            } else if (!e.blocks.isEmpty()) {
+                qint64 list = field;
+                if (e.blocks.size() > 1) {
+                    placeAt(field, QByteArray(e.blocks.size() * 4, '\0'));
+                    list = out.size() - e.blocks.size() * 4;
+                }
+                for (qsizetype b = 0; b < e.blocks.size(); ++b) {
+                    if (out.size() % 2)
+                        out.append('\0');
+                    patch32(list + b * 4, quint32(out.size()));
+                    out.append(e.blocks[b]);
+                }
             } else if (!e.block.isNull()) {
                 placeAt(field, e.block);
             } else {

@@ -56,10 +56,20 @@ public:
     {
         return add(tag, SRational, 1, 4, {quint32(num), quint32(den)});
     }
+    Ifd &srationals(quint16 tag, const QList<std::pair<qint32, qint32>> &values)
+    {
+        QList<quint32> parts;
+        for (const auto &[num, den] : values)
+            parts << quint32(num) << quint32(den);
+        return add(tag, SRational, values.size(), 4, parts);
+    }
 
     // A LONG holding the offset of a data block written elsewhere in the file
     // (strips, JPEG thumbnails); lengthTag, when given, gets the block's size.
     Ifd &offsetTo(quint16 tag, const QByteArray &block, std::optional<quint16> lengthTag = {});
+    // LONG offsets of blocks written one after the other (strips, tiles);
+    // lengthTag gets their sizes.
+    Ifd &offsetsTo(quint16 tag, const QList<QByteArray> &blocks, quint16 lengthTag);
     // A pointer to another directory (Exif 0x8769, GPS 0x8825, SubIFDs 0x014A);
     // asBlock writes it as an UNDEFINED block of its size, as maker notes do.
     Ifd &child(quint16 tag, IfdPtr directory, bool asBlock = false);
@@ -81,6 +91,7 @@ private:
         QList<quint32> values;
         bool outOfLine = false;
         QByteArray block;
+        QList<QByteArray> blocks;
         IfdPtr child;
         bool childAsBlock = false;
         std::optional<quint32> rawField;
