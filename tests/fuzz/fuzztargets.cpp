@@ -5,6 +5,7 @@
 #include "documents/rgbdistribution.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
+#include "raw/decode.h"
 #include "rawfile/tm9file.h"
 #include "rawfile/upright.h"
 
@@ -213,6 +214,18 @@ void report(const uint8_t *data, size_t size)
     QPdfWriter writer(&pdf);
     writer.setResolution(72); // the same layout, with fewer pixels to paint
     report.print(&writer);
+}
+
+void rawDecode(const uint8_t *data, size_t size)
+{
+    const raw::TDecodeResult result =
+        raw::decodeBytes(QByteArrayView(reinterpret_cast<const char *>(data), qsizetype(size)));
+    // Every value of the picture is read once, so that a value left unset shows.
+    quint32 sum = 0;
+    for (quint16 v : result.image.pixels)
+        sum += v;
+    if (result.ok() && !result.image.pixels.empty())
+        (void)result.image.info.blackAt(int(sum % quint32(result.image.info.width)), 0);
 }
 
 } // namespace fuzz

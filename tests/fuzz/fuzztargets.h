@@ -23,6 +23,7 @@ void pictures(const uint8_t *data, size_t size);
 void sonyMakerNote(const uint8_t *data, size_t size);
 void sonyBlocks(const uint8_t *data, size_t size);
 void report(const uint8_t *data, size_t size);
+void rawDecode(const uint8_t *data, size_t size); // the raw decoder on the bytes
 // A painted report page costs half a second under the sanitizers, nearly all
 // in Qt: the fuzz program paints about one input in this many (by a hash of
 // the input); the tests paint every one.
@@ -35,7 +36,7 @@ struct NamedTarget {
 inline constexpr NamedTarget kTargets[] = {
     {"reader", reader},         {"ifd", ifd},           {"exifgps", exifGps},
     {"leica", leica},           {"pictures", pictures}, {"sonymakernote", sonyMakerNote},
-    {"sonyblocks", sonyBlocks}, {"report", report},
+    {"sonyblocks", sonyBlocks}, {"report", report},     {"rawdecode", rawDecode},
 };
 
 } // namespace fuzz

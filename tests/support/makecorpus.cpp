@@ -3,6 +3,7 @@
 // reader walks. The files are committed; this program documents them.
 //   tolvik-corpus DIRECTORY
 
+#include "tests/support/rawgen.h"
 #include "tests/support/samplem9.h"
 #include "tests/support/sonybuilder.h"
 
@@ -121,6 +122,25 @@ int main(int argc, char *argv[])
         add("pictures", QStringLiteral("strip-%1.bin").arg(orientation),
             QByteArray{char(orientation << 5 | 15), 11} + pattern(16 * 12 * 3, orientation));
     add("pictures", QStringLiteral("jpeg.bin"), QByteArray(2, '\7') + jpegPicture(8, 8, 0x336699));
+    // Raw images of 64 x 48 pixels in every storage mode, a few KB each.
+    for (const RawStorage storage : kRawStorages) {
+        RawOptions raw;
+        raw.storage = storage;
+        raw.width = 64;
+        raw.height = 48;
+        raw.bareIfd0 = true;
+        raw.tileSize = 32;
+        raw.scene = RawScene::Charts;
+        add("rawdecode", QStringLiteral("%1.dng").arg(QLatin1String(storageName(storage))),
+            RawGenerator(raw).dng());
+        raw.order = Order::Big;
+        raw.monochrom = true;
+        raw.rowsPerStrip = 16;
+        raw.blackPattern = raw.blackDeltas = true;
+        add("rawdecode",
+            QStringLiteral("%1-be-monochrom.dng").arg(QLatin1String(storageName(storage))),
+            RawGenerator(raw).dng());
+    }
     // The whole-file targets share their seeds.
     for (const auto &[name, bytes] : QList(files))
         if (name.startsWith(QLatin1String("reader/")))

@@ -702,7 +702,7 @@ QByteArray RawGenerator::dng() const
     raw->longValue(0x00FE, 0).longValue(0x0100, quint32(w)).longValue(0x0101, quint32(h));
     raw->shortValue(0x0102, quint16(m_bits)).shortValue(0x0103, jpeg ? 7 : 1);
     raw->shortValue(0x0106, m_o.monochrom ? 34892 : 32803);
-    const int tile = 256;
+    const int tile = std::max(16, m_o.tileSize / 16 * 16);
     if (tiled) {
         raw->shortValue(0x0115, 1).shortValue(0x011C, 1);
         raw->longValue(0x0142, tile).longValue(0x0143, tile);

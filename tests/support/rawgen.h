@@ -72,6 +72,7 @@ struct RawOptions {
     bool monochrom = false; // "M Monochrom": LinearRaw, one sample
     int width = 5270, height = 3516;
     int rowsPerStrip = 0; // 0: one strip
+    int tileSize = 256;   // of the tiled storages, a multiple of 16
     Order order = Order::Little;
 
     RawScene scene = RawScene::PhotoWithCharts;
