@@ -341,10 +341,19 @@ void unpackRow(const uchar *src, quint16 *dst, quint32 n, int bits, bool bigEndi
         if (i < n)
             dst[i] = quint16(src[0] << 4 | src[1] >> 4);
     } else {
+        quint32 i = 0;
+        if (bits == 14) {
+            for (; i + 3 < n; i += 4, src += 7) {
+                dst[i] = quint16(src[0] << 6 | src[1] >> 2);
+                dst[i + 1] = quint16((src[1] & 0x03) << 12 | src[2] << 4 | src[3] >> 4);
+                dst[i + 2] = quint16((src[3] & 0x0F) << 10 | src[4] << 2 | src[5] >> 6);
+                dst[i + 3] = quint16((src[5] & 0x3F) << 8 | src[6]);
+            }
+        }
         quint64 acc = 0;
         int have = 0;
         const quint32 mask = (1u << bits) - 1;
-        for (quint32 i = 0; i < n; ++i) {
+        for (; i < n; ++i) {
             while (have < bits) {
                 acc = acc << 8 | *src++;
                 have += 8;

@@ -84,20 +84,24 @@ void TstRawDecode::sameAsDcraw_data()
     QTest::addColumn<bool>("bigEndian");
     QTest::addColumn<int>("rowsPerStrip");
     QTest::addColumn<QString>("reference");
+    QTest::addColumn<int>("width"); // not a multiple of 4: the packed rows' ends
     const QString dcraw = QStringLiteral("dcraw"), libraw = QStringLiteral("unprocessed_raw");
     for (RawStorage s : kRawStorages)
         QTest::addRow("%s", storageName(s))
             << int(s) << false << false << 0
-            << (s == RawStorage::TiledUncompressed16 ? QStringLiteral("strip") : dcraw);
+            << (s == RawStorage::TiledUncompressed16 ? QStringLiteral("strip") : dcraw) << 600;
     QTest::addRow("uncompressed16 big-endian")
-        << int(RawStorage::Uncompressed16) << false << true << 0 << dcraw;
-    QTest::addRow("packed14 big-endian, strips of 50 rows")
-        << int(RawStorage::Packed14) << false << true << 50 << dcraw;
-    QTest::addRow("packed12, LibRaw") << int(RawStorage::Packed12) << false << false << 0 << libraw;
+        << int(RawStorage::Uncompressed16) << false << true << 0 << dcraw << 600;
+    QTest::addRow("packed14 big-endian, 601 wide, strips of 50 rows")
+        << int(RawStorage::Packed14) << false << true << 50 << dcraw << 601;
+    QTest::addRow("packed12, 603 wide")
+        << int(RawStorage::Packed12) << false << false << 0 << dcraw << 603;
+    QTest::addRow("packed12, LibRaw")
+        << int(RawStorage::Packed12) << false << false << 0 << libraw << 600;
     QTest::addRow("monochrom uncompressed16")
-        << int(RawStorage::Uncompressed16) << true << false << 0 << dcraw;
+        << int(RawStorage::Uncompressed16) << true << false << 0 << dcraw << 600;
     QTest::addRow("monochrom linearized8")
-        << int(RawStorage::Linearized8) << true << false << 0 << dcraw;
+        << int(RawStorage::Linearized8) << true << false << 0 << dcraw << 600;
 }
 
 void TstRawDecode::sameAsDcraw()
@@ -107,6 +111,7 @@ void TstRawDecode::sameAsDcraw()
     QFETCH(bool, bigEndian);
     QFETCH(int, rowsPerStrip);
     QFETCH(QString, reference);
+    QFETCH(int, width);
     if (reference != QLatin1String("strip") && QStandardPaths::findExecutable(reference).isEmpty())
         QSKIP(qPrintable(reference + QStringLiteral(" is not installed")));
     RawOptions options;
@@ -114,7 +119,7 @@ void TstRawDecode::sameAsDcraw()
     options.monochrom = monochrom;
     options.order = bigEndian ? Order::Big : Order::Little;
     options.rowsPerStrip = rowsPerStrip;
-    options.width = 600;
+    options.width = width;
     options.height = 400;
     options.scene = RawScene::PhotoWithCharts;
     options.blackPattern = true;
@@ -126,11 +131,11 @@ void TstRawDecode::sameAsDcraw()
     const raw::TDecodeResult decoded = raw::decodeFile(path);
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
     const raw::TRawInfo &info = decoded.image.info;
-    QCOMPARE(info.width, 600);
+    QCOMPARE(info.width, width);
     QCOMPARE(info.height, 400);
     QCOMPARE(info.layout, monochrom ? raw::TLayout::Linear : raw::TLayout::Cfa);
 
-    int width = info.width, height = info.height;
+    int height = info.height;
     std::vector<quint16> expected;
     if (reference == QLatin1String("strip")) {
         options.storage = RawStorage::Uncompressed16;
