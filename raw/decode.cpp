@@ -210,7 +210,9 @@ public:
                      .arg(maxCount));
         const qint64 bytes = qint64(e.count) * size;
         std::vector<uchar> out(static_cast<std::size_t>(bytes));
-        if (bytes <= 4) {
+        if (bytes == 0) {
+            return out;
+        } else if (bytes <= 4) {
             std::memcpy(out.data(), e.field, std::size_t(bytes));
         } else if (!m_source.read(u32(e.field), out.data(), bytes)) {
             fail(QStringLiteral("the values of tag %1 lie past the end of the file")
@@ -606,6 +608,11 @@ private:
                          .arg(m_index)
                          .arg(tables >> 4));
             m_table[std::size_t(at)] = &table;
+        }
+        for (int k = 0; k < m_components; ++k) {
+            if (!m_table[std::size_t(k)])
+                fail(QStringLiteral("the JPEG scan of block %1 names a component twice")
+                         .arg(m_index));
         }
         m_predictor = byte(p + 1 + 2 * count);
         m_pointTransform = byte(p + 3 + 2 * count) & 15;

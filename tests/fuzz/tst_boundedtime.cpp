@@ -37,6 +37,8 @@ void TstBoundedTime::everyKnownInput_data()
         // The reproducers are files: they go in where a file goes in.
         if (name == QLatin1String("reader") || name == QLatin1String("report"))
             files += data.entryInfoList({QStringLiteral("*.dng")}, QDir::Files);
+        if (name == QLatin1String("rawdecode"))
+            files += data.entryInfoList({QStringLiteral("raw-*.dng")}, QDir::Files);
         for (const QFileInfo &file : files) {
             QTest::addRow("%s %s", qPrintable(name), qPrintable(file.fileName()))
                 << file.filePath() << t;
