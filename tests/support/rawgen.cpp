@@ -731,8 +731,11 @@ QByteArray RawGenerator::dng() const
         for (int y = 0; y < h; y += rows)
             strips.append(packRows(v.data() + std::size_t(y) * std::size_t(w), w,
                                    std::min(rows, h - y), std::size_t(w), m_bits, m_o.order));
-        raw->offsetsTo(0x0111, strips, 0x0117);
-        raw->shortValue(0x0115, 1).longValue(0x0116, quint32(rows)).shortValue(0x011C, 1);
+        QList<quint32> sizes;
+        for (const QByteArray &strip : strips)
+            sizes << quint32(strip.size());
+        raw->offsetsTo(0x0111, strips).shortValue(0x0115, 1).longValue(0x0116, quint32(rows));
+        raw->longs(0x0117, sizes).shortValue(0x011C, 1);
     }
     if (!m_o.monochrom)
         raw->shorts(0x828D, {2, 2}).bytes(0x828E, Byte, QByteArray("\x00\x01\x01\x02", 4));

@@ -39,13 +39,13 @@ Ifd &Ifd::offsetTo(quint16 tag, const QByteArray &block, std::optional<quint16> 
     return lengthTag ? longValue(*lengthTag, quint32(block.size())) : *this;
 }
 
-Ifd &Ifd::offsetsTo(quint16 tag, const QList<QByteArray> &blocks, quint16 lengthTag)
+Ifd &Ifd::offsetsTo(quint16 tag, const QList<QByteArray> &blocks, std::optional<quint16> lengthTag)
 {
     add(tag, Long, blocks.size()).m_entries.last().blocks = blocks;
     QList<quint32> sizes;
     for (const QByteArray &block : blocks)
         sizes << quint32(block.size());
-    return longs(lengthTag, sizes);
+    return lengthTag ? longs(*lengthTag, sizes) : *this;
 }
 
 Ifd &Ifd::child(quint16 tag, IfdPtr directory, bool asBlock)

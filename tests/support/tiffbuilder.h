@@ -68,8 +68,9 @@ public:
     // (strips, JPEG thumbnails); lengthTag, when given, gets the block's size.
     Ifd &offsetTo(quint16 tag, const QByteArray &block, std::optional<quint16> lengthTag = {});
     // LONG offsets of blocks written one after the other (strips, tiles);
-    // lengthTag gets their sizes.
-    Ifd &offsetsTo(quint16 tag, const QList<QByteArray> &blocks, quint16 lengthTag);
+    // lengthTag, when given, gets their sizes.
+    Ifd &offsetsTo(quint16 tag, const QList<QByteArray> &blocks,
+                   std::optional<quint16> lengthTag = {});
     // A pointer to another directory (Exif 0x8769, GPS 0x8825, SubIFDs 0x014A);
     // asBlock writes it as an UNDEFINED block of its size, as maker notes do.
     Ifd &child(quint16 tag, IfdPtr directory, bool asBlock = false);
