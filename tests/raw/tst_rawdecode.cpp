@@ -75,6 +75,7 @@ private slots:
     void directories();
     void hostile_data();
     void hostile();
+    void fileErrors();
 };
 
 void TstRawDecode::sameAsDcraw_data()
@@ -271,6 +272,21 @@ void TstRawDecode::hostile()
     QVERIFY2(result.error.contains(error), qPrintable(result.error));
     QVERIFY(result.image.pixels.empty());
     QVERIFY(timer.elapsed() < 2000); // a generous guard: these fail before reading pixels
+}
+
+void TstRawDecode::fileErrors()
+{
+    TempFiles files;
+    QVERIFY(raw::decodeFile(files.path(QStringLiteral("gone.dng")))
+                .error.contains(QLatin1String("No such file or directory")));
+    RawOptions options;
+    options.width = 64;
+    options.height = 48;
+    options.bareIfd0 = true;
+    const QString path = files.write(QStringLiteral("t.dng"), RawGenerator(options).dng());
+    const std::atomic<bool> cancel{true};
+    QCOMPARE(raw::decodeFile(path, &cancel).error, QStringLiteral("cancelled"));
+    QVERIFY(raw::decodeFile(path).ok());
 }
 
 QTEST_MAIN(TstRawDecode)
