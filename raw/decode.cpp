@@ -4,6 +4,7 @@
 #include "rawfile/tcodetable.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 #include <algorithm>
@@ -126,6 +127,8 @@ class TFileSource final : public TSource {
 public:
     explicit TFileSource(const QString &path) : m_file(path)
     {
+        if (QFileInfo(path).isDir())
+            fail(QStringLiteral("Is a directory"));
         if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             fail(m_file.errorString());
         m_size = m_file.size();
@@ -209,12 +212,16 @@ public:
                      .arg(e.count)
                      .arg(maxCount));
         const qint64 bytes = qint64(e.count) * size;
+        const qint64 offset = u32(e.field);
+        if (bytes > 4 && (offset > m_source.size() || bytes > m_source.size() - offset))
+            fail(QStringLiteral("the values of tag %1 lie past the end of the file")
+                     .arg(hex(e.tag)));
         std::vector<uchar> out(static_cast<std::size_t>(bytes));
         if (bytes == 0) {
             return out;
         } else if (bytes <= 4) {
             std::memcpy(out.data(), e.field, std::size_t(bytes));
-        } else if (!m_source.read(u32(e.field), out.data(), bytes)) {
+        } else if (!m_source.read(offset, out.data(), bytes)) {
             fail(QStringLiteral("the values of tag %1 lie past the end of the file")
                      .arg(hex(e.tag)));
         }
@@ -911,10 +918,10 @@ private:
         info.activeTop = info.activeLeft = 0;
         info.activeBottom = info.height;
         info.activeRight = info.width;
-        if (find(dir, ActiveArea)) {
-            const std::vector<double> a = reals(dir, ActiveArea, 4);
-            if (a.size() != 4 || a[0] < 0 || a[1] < 0 || a[0] >= a[2] || a[1] >= a[3] ||
-                a[2] > info.height || a[3] > info.width)
+        if (const TEntry *e = find(dir, ActiveArea)) {
+            const std::vector<quint64> a = m_reader->integers(*e, 4);
+            if (a.size() != 4 || a[0] >= a[2] || a[1] >= a[3] || a[2] > quint64(info.height) ||
+                a[3] > quint64(info.width))
                 fail(QStringLiteral("the ActiveArea lies outside the raw image"));
             info.activeTop = int(a[0]);
             info.activeLeft = int(a[1]);
