@@ -389,6 +389,10 @@ public:
         // (code length << 8 | symbol) of every code of up to kLookupBits bits
         // by its bits, left-aligned; 0 where a longer code starts.
         std::array<quint16, 1 << kLookupBits> lookup{};
+        // Where a code and its extra bits together fit in kLookupBits: the
+        // difference and the bits both take (0: not so).
+        std::array<qint16, 1 << kLookupBits> fastDifference{};
+        std::array<quint8, 1 << kLookupBits> fastLength{};
         std::array<qint32, 18> maxCode{};
         std::array<qint32, 17> valueIndex{}, minCode{};
         std::array<uchar, 256> values{};
@@ -567,6 +571,17 @@ private:
                 code <<= 1;
             }
             h.maxCode[17] = 0x7FFFFFFF;
+            h.fastLength.fill(0);
+            for (int prefix = 0; prefix < (1 << THuffman::kLookupBits); ++prefix) {
+                const int hit = h.lookup[std::size_t(prefix)];
+                const int length = hit >> 8, symbol = hit & 0xFF;
+                if (!hit || symbol == 16 || length + symbol > THuffman::kLookupBits)
+                    continue;
+                const int rest = THuffman::kLookupBits - length;
+                const int v = (prefix & ((1 << rest) - 1)) >> (rest - symbol);
+                h.fastDifference[std::size_t(prefix)] = qint16(extend(v, symbol));
+                h.fastLength[std::size_t(prefix)] = quint8(length + symbol);
+            }
             h.defined = true;
         }
     }
@@ -681,9 +696,23 @@ private:
         return v;
     }
 
+    // A difference of `bits` extra bits v (ITU T.81 F.2.2.1 EXTEND).
+    static int extend(int v, int bits)
+    {
+        if (bits == 0)
+            return 0;
+        return v < (1 << (bits - 1)) ? v - (1 << bits) + 1 : v;
+    }
+
     int difference(const THuffman &h)
     {
         fill();
+        const std::size_t prefix = std::size_t(m_bits >> (64 - THuffman::kLookupBits));
+        if (const int fast = h.fastLength[prefix]) {
+            m_bits <<= fast;
+            m_have -= fast;
+            return h.fastDifference[prefix];
+        }
         int length, symbol;
         const quint16 hit = h.lookup[std::size_t(m_bits >> (64 - THuffman::kLookupBits))];
         if (hit) {
@@ -710,8 +739,7 @@ private:
             return 0;
         if (symbol == 16)
             return 32768;
-        const int v = take(symbol);
-        return v < (1 << (symbol - 1)) ? v - (1 << symbol) + 1 : v;
+        return extend(take(symbol), symbol);
     }
 
     const uchar *m_data;
