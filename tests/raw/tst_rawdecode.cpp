@@ -86,23 +86,30 @@ void TstRawDecode::sameAsDcraw_data()
     QTest::addColumn<int>("rowsPerStrip");
     QTest::addColumn<QString>("reference");
     QTest::addColumn<int>("width"); // not a multiple of 4: the packed rows' ends
+    QTest::addColumn<int>("jpeg");  // lossless JPEG: predictor * 10 + components
     const QString dcraw = QStringLiteral("dcraw"), libraw = QStringLiteral("unprocessed_raw");
     for (RawStorage s : kRawStorages)
         QTest::addRow("%s", storageName(s))
             << int(s) << false << false << 0
-            << (s == RawStorage::TiledUncompressed16 ? QStringLiteral("strip") : dcraw) << 600;
+            << (s == RawStorage::TiledUncompressed16 ? QStringLiteral("strip") : dcraw) << 600
+            << 12;
     QTest::addRow("uncompressed16 big-endian")
-        << int(RawStorage::Uncompressed16) << false << true << 0 << dcraw << 600;
+        << int(RawStorage::Uncompressed16) << false << true << 0 << dcraw << 600 << 12;
     QTest::addRow("packed14 big-endian, 601 wide, strips of 50 rows")
-        << int(RawStorage::Packed14) << false << true << 50 << dcraw << 601;
+        << int(RawStorage::Packed14) << false << true << 50 << dcraw << 601 << 12;
     QTest::addRow("packed12, 603 wide")
-        << int(RawStorage::Packed12) << false << false << 0 << dcraw << 603;
+        << int(RawStorage::Packed12) << false << false << 0 << dcraw << 603 << 12;
+    for (const auto &[predictor, components] :
+         {std::pair{2, 1}, {3, 4}, {4, 2}, {5, 1}, {6, 4}, {7, 2}})
+        QTest::addRow("losslessjpeg, predictor %d, %d components", predictor, components)
+            << int(RawStorage::LosslessJpeg) << false << false << 0 << dcraw << 600
+            << predictor * 10 + components;
     QTest::addRow("packed12, LibRaw")
-        << int(RawStorage::Packed12) << false << false << 0 << libraw << 600;
+        << int(RawStorage::Packed12) << false << false << 0 << libraw << 600 << 12;
     QTest::addRow("monochrom uncompressed16")
-        << int(RawStorage::Uncompressed16) << true << false << 0 << dcraw << 600;
+        << int(RawStorage::Uncompressed16) << true << false << 0 << dcraw << 600 << 12;
     QTest::addRow("monochrom linearized8")
-        << int(RawStorage::Linearized8) << true << false << 0 << dcraw << 600;
+        << int(RawStorage::Linearized8) << true << false << 0 << dcraw << 600 << 12;
 }
 
 void TstRawDecode::sameAsDcraw()
@@ -113,6 +120,7 @@ void TstRawDecode::sameAsDcraw()
     QFETCH(int, rowsPerStrip);
     QFETCH(QString, reference);
     QFETCH(int, width);
+    QFETCH(int, jpeg);
     if (reference != QLatin1String("strip") && QStandardPaths::findExecutable(reference).isEmpty())
         QSKIP(qPrintable(reference + QStringLiteral(" is not installed")));
     RawOptions options;
@@ -120,6 +128,8 @@ void TstRawDecode::sameAsDcraw()
     options.monochrom = monochrom;
     options.order = bigEndian ? Order::Big : Order::Little;
     options.rowsPerStrip = rowsPerStrip;
+    options.jpegPredictor = jpeg / 10;
+    options.jpegComponents = jpeg % 10;
     options.width = width;
     options.height = 400;
     options.scene = RawScene::PhotoWithCharts;

@@ -290,22 +290,34 @@ private:
     int m_have = 0;
 };
 
-// Tiles of 256 x 256, each as a lossless JPEG of 128 x 256 with two
-// components; samples beyond the picture repeat its last column and row.
-QList<QByteArray> losslessJpegTiles(const std::vector<quint16> &v, int width, int height, int tile)
+// Square tiles, each a lossless JPEG of `components` interleaved components
+// (tile / components wide, tile high) with the predictor given; samples
+// beyond the picture repeat its last column and row.
+QList<QByteArray> losslessJpegTiles(const std::vector<quint16> &v, int width, int height, int tile,
+                                    int predictor, int components)
 {
     const int across = (width + tile - 1) / tile, down = (height + tile - 1) / tile;
+    const int nc = components;
     const auto sample = [&](int tx, int ty, int x, int y) {
         const int sx = std::min(tx * tile + x, width - 1), sy = std::min(ty * tile + y, height - 1);
         return int(v[std::size_t(sy) * std::size_t(width) + std::size_t(sx)]);
     };
-    // The differences of one tile in order.
+    // The differences of one tile in order (ITU T.81 H.1.2.1).
     const auto differences = [&](int tx, int ty, const auto &use) {
         for (int y = 0; y < tile; ++y) {
             for (int x = 0; x < tile; ++x) {
-                const int predicted = x >= 2  ? sample(tx, ty, x - 2, y)
-                                      : y > 0 ? sample(tx, ty, x, y - 1)
-                                              : 32768;
+                int predicted = 32768;
+                if (y == 0 && x >= nc) {
+                    predicted = sample(tx, ty, x - nc, y);
+                } else if (y > 0 && x < nc) {
+                    predicted = sample(tx, ty, x, y - 1);
+                } else if (y > 0) {
+                    const int a = sample(tx, ty, x - nc, y), b = sample(tx, ty, x, y - 1),
+                              c = sample(tx, ty, x - nc, y - 1);
+                    const int p[] = {
+                        a, b, c, a + b - c, a + ((b - c) >> 1), b + ((a - c) >> 1), (a + b) >> 1};
+                    predicted = p[predictor - 1];
+                }
                 use(wrapped(sample(tx, ty, x, y) - predicted));
             }
         }
@@ -323,11 +335,16 @@ QList<QByteArray> losslessJpegTiles(const std::vector<quint16> &v, int width, in
     for (int len = 1; len <= 16; ++len)
         header.append(char(bits[std::size_t(len)]));
     header.append(values);
-    header.append("\xFF\xC3\x00\x0E\x10", 5);
-    header.append(char(tile >> 8)).append(char(tile & 0xFF));             // Y
-    header.append(char((tile / 2) >> 8)).append(char((tile / 2) & 0xFF)); // X
-    header.append("\x02\x01\x11\x00\x02\x11\x00", 7);
-    header.append("\xFF\xDA\x00\x0A\x02\x01\x00\x02\x00\x01\x00\x00", 12);
+    header.append("\xFF\xC3\x00", 3).append(char(8 + 3 * nc)).append(char(16));
+    header.append(char(tile >> 8)).append(char(tile & 0xFF));               // Y
+    header.append(char((tile / nc) >> 8)).append(char((tile / nc) & 0xFF)); // X
+    header.append(char(nc));
+    for (int k = 1; k <= nc; ++k)
+        header.append(char(k)).append(char(0x11)).append(char(0));
+    header.append("\xFF\xDA\x00", 3).append(char(6 + 2 * nc)).append(char(nc));
+    for (int k = 1; k <= nc; ++k)
+        header.append(char(k)).append(char(0));
+    header.append(char(predictor)).append(char(0)).append(char(0));
 
     QList<QByteArray> tiles;
     for (int t = 0; t < across * down; ++t) {
@@ -708,7 +725,9 @@ QByteArray RawGenerator::dng() const
         raw->longValue(0x0142, tile).longValue(0x0143, tile);
         QList<QByteArray> tiles;
         if (jpeg) {
-            tiles = losslessJpegTiles(v, w, h, tile);
+            tiles = losslessJpegTiles(
+                v, w, h, tile, std::clamp(m_o.jpegPredictor, 1, 7),
+                m_o.jpegComponents == 1 || m_o.jpegComponents == 4 ? m_o.jpegComponents : 2);
         } else {
             for (int ty = 0; ty < h; ty += tile) {
                 for (int tx = 0; tx < w; tx += tile) {
