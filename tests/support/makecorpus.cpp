@@ -141,6 +141,21 @@ int main(int argc, char *argv[])
             QStringLiteral("%1-be-monochrom.dng").arg(QLatin1String(storageName(storage))),
             RawGenerator(raw).dng());
     }
+    for (const auto &[predictor, components] : {std::pair{6, 4}, {7, 1}}) {
+        RawOptions raw;
+        raw.storage = RawStorage::LosslessJpeg;
+        raw.width = 64;
+        raw.height = 48;
+        raw.bareIfd0 = true;
+        raw.tileSize = 32;
+        raw.jpegPredictor = predictor;
+        raw.jpegComponents = components;
+        add("rawdecode",
+            QStringLiteral("losslessjpeg-predictor%1-components%2.dng")
+                .arg(predictor)
+                .arg(components),
+            RawGenerator(raw).dng());
+    }
     // The whole-file targets share their seeds.
     for (const auto &[name, bytes] : QList(files))
         if (name.startsWith(QLatin1String("reader/")))
