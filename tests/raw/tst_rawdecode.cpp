@@ -76,6 +76,8 @@ private slots:
     void hostile_data();
     void hostile();
     void fileErrors();
+    void testPictures_data();
+    void testPictures();
 };
 
 void TstRawDecode::sameAsDcraw_data()
@@ -297,6 +299,77 @@ void TstRawDecode::fileErrors()
     const std::atomic<bool> cancel{true};
     QCOMPARE(raw::decodeFile(path, &cancel).error, QStringLiteral("cancelled"));
     QVERIFY(raw::decodeFile(path).ok());
+}
+
+// The test pictures: a neutral grey is recorded in the ratios of
+// AsShotNeutral (what the DNG colour pipeline means by it), and the truth is
+// the scene wherever nothing clips (the pipeline run back on the raw values).
+void TstRawDecode::testPictures_data()
+{
+    QTest::addColumn<int>("storage");
+    QTest::addColumn<bool>("monochrom");
+    QTest::addColumn<int>("tolerance"); // 8-bit codes are coarse in the shadows
+    QTest::addRow("uncompressed16") << int(RawStorage::Uncompressed16) << false << 1;
+    QTest::addRow("linearized8") << int(RawStorage::Linearized8) << false << 10;
+    QTest::addRow("monochrom") << int(RawStorage::Uncompressed16) << true << 1;
+}
+
+void TstRawDecode::testPictures()
+{
+    QFETCH(int, storage);
+    QFETCH(bool, monochrom);
+    QFETCH(int, tolerance);
+    RawOptions options;
+    options.storage = RawStorage(storage);
+    options.monochrom = monochrom;
+    options.width = 600;
+    options.height = 400;
+    options.scene = RawScene::Charts;
+    options.blackPattern = true;
+    options.black = {58, 60, 61, 63};
+    const RawGenerator generator(options);
+    const raw::TDecodeResult decoded = raw::decodeBytes(generator.dng());
+    QVERIFY2(decoded.ok(), qPrintable(decoded.error));
+
+    // The grey patch 0xA0A0A0: third of the last row of the colour patches.
+    const QRect active = generator.activeArea();
+    const int cw = active.width() / 2, ch = active.height() / 2;
+    const QPoint centre = active.topLeft() + QPoint(cw + cw / 6 * 5 / 2, ch + ch / 4 * 7 / 2);
+    std::array<double, 3> sum{};
+    std::array<int, 3> count{};
+    for (int y = centre.y() - 4; y < centre.y() + 4; ++y) {
+        for (int x = centre.x() - 4; x < centre.x() + 4; ++x) {
+            const std::size_t c = monochrom ? 1 : decoded.image.info.colourAt(x, y);
+            sum[c] += decoded.image.at(x, y) - generator.blackAt(x, y);
+            ++count[c];
+        }
+    }
+    if (!monochrom) {
+        for (std::size_t c : {0, 2}) {
+            const double ratio = sum[c] / count[c] / (sum[1] / count[1]);
+            const double expected = generator.asShotNeutral()[c] / generator.asShotNeutral()[1];
+            QVERIFY2(std::abs(ratio / expected - 1) < 0.01, qPrintable(QString::number(ratio)));
+        }
+    }
+
+    const QImage truth = generator.truth();
+    const QImage scene = generator.scene().copy(generator.crop());
+    QCOMPARE(truth.size(), scene.size());
+    int worst = 0;
+    for (int y = 0; y < truth.height(); ++y) {
+        for (int x = 0; x < truth.width(); ++x) {
+            const QRgb t = truth.pixel(x, y), s = scene.pixel(x, y);
+            // The Monochrom records luminance.
+            const auto linear = [](int v) { return std::pow((v / 255.0 + 0.055) / 1.055, 2.4); };
+            const double y =
+                0.2126 * linear(qRed(s)) + 0.7152 * linear(qGreen(s)) + 0.0722 * linear(qBlue(s));
+            const int grey = qRound(255 * (1.055 * std::pow(y, 1 / 2.4) - 0.055));
+            worst = std::max({worst, std::abs(qRed(t) - (monochrom ? grey : qRed(s))),
+                              std::abs(qGreen(t) - (monochrom ? grey : qGreen(s))),
+                              std::abs(qBlue(t) - (monochrom ? grey : qBlue(s)))});
+        }
+    }
+    QVERIFY2(worst <= tolerance, qPrintable(QString::number(worst)));
 }
 
 QTEST_MAIN(TstRawDecode)

@@ -113,6 +113,7 @@ public:
     // light, then encoded (RGBX64).
     QImage truthHalf() const;
 
+    QImage scene() const { return m_scene; }      // over the active area, RGB888
     QRect activeArea() const { return m_active; } // stored coordinates
     QRect crop() const { return m_crop; }         // relative to the active area
     quint32 whiteLevel() const { return m_white; }
