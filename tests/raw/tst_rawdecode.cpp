@@ -221,6 +221,16 @@ void TstRawDecode::directories()
         QCOMPARE(qRound(info.asShotNeutral[std::size_t(c)] * 1e6),
                  qRound(generator.asShotNeutral()[std::size_t(c)] * 1e6));
     QCOMPARE(info.baselineExposure, 0.5);
+
+    // Values past the end of a LinearizationTable read as its last entry,
+    // which is also the white level when the file states none.
+    const raw::TDecodeResult table = raw::decodeBytes(rawFile([](Ifd &r) {
+        r.shorts(0xC618, {5, 6, 7});
+    }));
+    QVERIFY2(table.ok(), qPrintable(table.error));
+    QCOMPARE(table.image.info.whiteLevel, 7u);
+    QVERIFY(std::all_of(table.image.pixels.begin(), table.image.pixels.end(),
+                        [](quint16 v) { return v == 7; }));
 }
 
 void TstRawDecode::hostile_data()
