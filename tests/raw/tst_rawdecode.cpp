@@ -231,6 +231,22 @@ void TstRawDecode::directories()
     QCOMPARE(table.image.info.whiteLevel, 7u);
     QVERIFY(std::all_of(table.image.pixels.begin(), table.image.pixels.end(),
                         [](quint16 v) { return v == 7; }));
+
+    // A point transform drops low bits: the values are those of the same
+    // picture uncompressed, without them.
+    RawOptions jpeg;
+    jpeg.width = 200;
+    jpeg.height = 120;
+    jpeg.bareIfd0 = true;
+    const std::vector<quint16> plain = raw::decodeBytes(RawGenerator(jpeg).dng()).image.pixels;
+    jpeg.storage = RawStorage::LosslessJpeg;
+    jpeg.jpegPointTransform = 3;
+    jpeg.jpegPredictor = 4;
+    const std::vector<quint16> transformed =
+        raw::decodeBytes(RawGenerator(jpeg).dng()).image.pixels;
+    QCOMPARE(transformed.size(), plain.size());
+    for (std::size_t i = 0; i < plain.size(); ++i)
+        QCOMPARE(transformed[i], quint16(plain[i] & ~7));
 }
 
 void TstRawDecode::hostile_data()

@@ -294,19 +294,19 @@ private:
 // (tile / components wide, tile high) with the predictor given; samples
 // beyond the picture repeat its last column and row.
 QList<QByteArray> losslessJpegTiles(const std::vector<quint16> &v, int width, int height, int tile,
-                                    int predictor, int components)
+                                    int predictor, int components, int pointTransform)
 {
     const int across = (width + tile - 1) / tile, down = (height + tile - 1) / tile;
     const int nc = components;
     const auto sample = [&](int tx, int ty, int x, int y) {
         const int sx = std::min(tx * tile + x, width - 1), sy = std::min(ty * tile + y, height - 1);
-        return int(v[std::size_t(sy) * std::size_t(width) + std::size_t(sx)]);
+        return int(v[std::size_t(sy) * std::size_t(width) + std::size_t(sx)]) >> pointTransform;
     };
     // The differences of one tile in order (ITU T.81 H.1.2.1).
     const auto differences = [&](int tx, int ty, const auto &use) {
         for (int y = 0; y < tile; ++y) {
             for (int x = 0; x < tile; ++x) {
-                int predicted = 32768;
+                int predicted = 1 << (15 - pointTransform);
                 if (y == 0 && x >= nc) {
                     predicted = sample(tx, ty, x - nc, y);
                 } else if (y > 0 && x < nc) {
@@ -344,7 +344,7 @@ QList<QByteArray> losslessJpegTiles(const std::vector<quint16> &v, int width, in
     header.append("\xFF\xDA\x00", 3).append(char(6 + 2 * nc)).append(char(nc));
     for (int k = 1; k <= nc; ++k)
         header.append(char(k)).append(char(0));
-    header.append(char(predictor)).append(char(0)).append(char(0));
+    header.append(char(predictor)).append(char(0)).append(char(pointTransform));
 
     QList<QByteArray> tiles;
     for (int t = 0; t < across * down; ++t) {
@@ -727,7 +727,8 @@ QByteArray RawGenerator::dng() const
         if (jpeg) {
             tiles = losslessJpegTiles(
                 v, w, h, tile, std::clamp(m_o.jpegPredictor, 1, 7),
-                m_o.jpegComponents == 1 || m_o.jpegComponents == 4 ? m_o.jpegComponents : 2);
+                m_o.jpegComponents == 1 || m_o.jpegComponents == 4 ? m_o.jpegComponents : 2,
+                std::clamp(m_o.jpegPointTransform, 0, 8));
         } else {
             for (int ty = 0; ty < h; ty += tile) {
                 for (int tx = 0; tx < w; tx += tile) {

@@ -71,10 +71,11 @@ struct RawOptions {
     RawStorage storage = RawStorage::Uncompressed16;
     bool monochrom = false; // "M Monochrom": LinearRaw, one sample
     int width = 5270, height = 3516;
-    int rowsPerStrip = 0;   // 0: one strip
-    int tileSize = 256;     // of the tiled storages, a multiple of 16
-    int jpegPredictor = 1;  // LosslessJpeg: 1 to 7
-    int jpegComponents = 2; // LosslessJpeg: 1, 2 or 4 interleaved in a tile row
+    int rowsPerStrip = 0;       // 0: one strip
+    int tileSize = 256;         // of the tiled storages, a multiple of 16
+    int jpegPredictor = 1;      // LosslessJpeg: 1 to 7
+    int jpegComponents = 2;     // LosslessJpeg: 1, 2 or 4 interleaved in a tile row
+    int jpegPointTransform = 0; // LosslessJpeg: the low bits dropped (0 to 8)
     Order order = Order::Little;
 
     RawScene scene = RawScene::PhotoWithCharts;
