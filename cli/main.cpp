@@ -15,6 +15,7 @@
 #include "card/records.h"
 #include "card/safewrite.h"
 #include "card/statistics.h"
+#include "cli/sensorcheck.h"
 #include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tiffentry.h"
@@ -51,6 +52,7 @@ constexpr char kUsage[] =
     "  or:  tolvik-info [--exact] --report OUT.pdf FILE\n"
     "  or:  tolvik-info --contact-sheet OUT.pdf FILE|FOLDER...\n"
     "  or:  tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
+    "  or:  tolvik-info [--json] [-j N] --sensor-check FILE|FOLDER...\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
     "information panel (camera, serial number, firmware, file name, date/time,\n"
@@ -82,6 +84,11 @@ constexpr char kUsage[] =
     "  --sony-makernote OFFSET\n"
     "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
     "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
+    "  --sensor-check\n"
+    "               read every frame's raw data and list, in raw coordinates, hot, stuck\n"
+    "               and dead pixels and spots on the sensor's glass (dust, bright spots)\n"
+    "               that show in the frames; frames of another camera or raw size and\n"
+    "               cut-short frames are skipped and counted\n"
     "  -h, --help   show this text and exit\n"
     "  --version    show the program's name and version and exit\n"
     "\n"
@@ -116,6 +123,7 @@ struct TOptions {
     QString reportPath;       // --report: the PDF of one file
     QString contactSheetPath; // --contact-sheet: the PDF of every file
     QString sonyOffset;       // --sony-makernote: where the Sony directory lies
+    bool sensorCheck = false; // --sensor-check: defects and spots across the frames
     QStringList paths;
 };
 
@@ -126,6 +134,7 @@ enum TMode : unsigned {
     Report = 4,
     ContactSheet = 8,
     SonyMakerNote = 16,
+    SensorCheck = 32,
 };
 
 struct TModeOption {
@@ -138,14 +147,15 @@ constexpr TModeOption kModeOptions[] = {
     {"--report", Report},
     {"--contact-sheet", ContactSheet},
     {"--sony-makernote", SonyMakerNote},
-    {"--json", Rows | Stats | SonyMakerNote},
+    {"--sensor-check", SensorCheck},
+    {"--json", Rows | Stats | SonyMakerNote | SensorCheck},
     {"--csv", Rows | Stats | SonyMakerNote},
     {"--exact", Rows | Report},
     {"--all", Rows | SonyMakerNote},
     {"--preflight", Rows},
-    {"-j", Rows | Stats | ContactSheet},
+    {"-j", Rows | Stats | ContactSheet | SensorCheck},
 };
-constexpr int kModeChoosers = 4;
+constexpr int kModeChoosers = 5;
 
 TMode modeOf(const TOptions &options)
 {
@@ -155,6 +165,8 @@ TMode modeOf(const TOptions &options)
         return Report;
     if (!options.contactSheetPath.isEmpty())
         return ContactSheet;
+    if (options.sensorCheck)
+        return SensorCheck;
     return options.sonyOffset.isEmpty() ? Rows : SonyMakerNote;
 }
 
@@ -216,6 +228,8 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.rows.all = true;
         } else if (arg == QLatin1String("--stats")) {
             options.stats = true;
+        } else if (arg == QLatin1String("--sensor-check")) {
+            options.sensorCheck = true;
         } else if (arg == QLatin1String("--exact")) {
             options.rows.exact = true;
         } else if (arg == QLatin1String("--preflight")) {
@@ -451,6 +465,8 @@ int main(int argc, char *argv[])
     if (lcTiffEntries().isDebugEnabled())
         jobs = 1; // keeps each file's trace lines together
     jobs = std::max(1, std::min({jobs, limits::kMaxJobs, int(files.size())}));
+    if (options.sensorCheck)
+        return runSensorCheck(files, options.format, jobs);
 
     int status = 0;
     TProgress progress(int(files.size()));

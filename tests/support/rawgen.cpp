@@ -683,19 +683,23 @@ QByteArray RawGenerator::dng() const
     }
     // Spots and faults, on the sensor only.
     for (const Spot &s : m_o.spots) {
-        const QRect box =
-            QRectF(s.at.x() - s.radius, s.at.y() - s.radius, 2 * s.radius, 2 * s.radius)
-                .toAlignedRect()
-                .intersected(m_active);
+        const double reach = s.halo > 0 ? 1.6 * s.radius : s.radius;
+        const QRect box = QRectF(s.at.x() - reach, s.at.y() - reach, 2 * reach, 2 * reach)
+                              .toAlignedRect()
+                              .intersected(m_active);
         for (int y = box.top(); y <= box.bottom(); ++y) {
             for (int x = box.left(); x <= box.right(); ++x) {
                 const double d = std::hypot(x - s.at.x(), y - s.at.y()) / s.radius;
-                if (d >= 1)
+                double change = 0;
+                if (d < 1)
+                    change = s.contrast * 0.5 * (1 + std::cos(M_PI * d));
+                else if (d < 1.6)
+                    change = s.halo * std::pow(std::sin(M_PI * (d - 1) / 0.6), 2);
+                else
                     continue;
-                const double weight = 0.5 * (1 + std::cos(M_PI * d));
                 quint16 &value = v[std::size_t(y) * std::size_t(w) + std::size_t(x)];
                 const double black = blackAt(x, y);
-                value = quantize(black + (value - black) * (1 + s.contrast * weight));
+                value = quantize(black + (value - black) * (1 + change));
             }
         }
     }
@@ -703,9 +707,10 @@ QByteArray RawGenerator::dng() const
         if (d.at.x() < 0 || d.at.y() < 0 || d.at.x() >= w || d.at.y() >= h)
             continue;
         quint16 &value = v[std::size_t(d.at.y()) * std::size_t(w) + std::size_t(d.at.x())];
-        value = d.kind == PixelDefect::Hot    ? quint16(m_white)
+        const double scale = m_white / 16383.0;
+        value = d.kind == PixelDefect::Hot    ? quantize(value + d.value * scale)
                 : d.kind == PixelDefect::Dead ? quantize(blackAt(d.at.x(), d.at.y()))
-                                              : quantize(d.value);
+                                              : quint16(m_white);
     }
     if (!m_table.empty()) {
         for (quint16 &value : v)

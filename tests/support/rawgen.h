@@ -52,19 +52,24 @@ const char *storageName(RawStorage storage);
 
 enum class RawScene { Photo, Charts, PhotoWithCharts };
 
-// A sensor fault: Hot reads white, Dead black, Stuck a fixed value.
+// A sensor fault: Hot reads value (on the 14-bit scale) above what the light
+// gives, as its dark current adds, clipped at white; Dead reads black, Stuck
+// white.
 struct PixelDefect {
     enum Kind { Hot, Dead, Stuck } kind = Hot;
     QPoint at; // stored coordinates
-    quint16 value = 0;
+    quint16 value = 4000;
 };
 
 // A round spot on the sensor (dust: contrast < 0 darkens, up to -1 black;
 // a bright spot: contrast > 0), soft-edged, centre in stored coordinates.
+// halo > 0 adds a light ring outside the radius (to 1.6 radii), as corrosion
+// of the cover glass shows, peaking at that contrast.
 struct Spot {
     QPointF at;
     double radius = 10;
     double contrast = -0.3;
+    double halo = 0;
 };
 
 struct RawOptions {
