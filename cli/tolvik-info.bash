@@ -27,7 +27,7 @@ _tolvik_info()
 
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W '--json --csv --stats --exact --all --preflight -j
-            --report --contact-sheet --sony-makernote --help --version' -- "$cur"))
+            --report --contact-sheet --sony-makernote --sensor-check --help --version' -- "$cur"))
         return
     fi
 

@@ -68,6 +68,9 @@ constexpr double kRoundness = 0.6;
 // A spot weaker than this share of a stronger one, within this many of the
 // stronger one's radii, is the stronger one's echo.
 constexpr double kEchoReach = 3, kEchoShare = 0.35;
+// Spots are looked for from this many frames on: in fewer the scene cannot
+// average away.
+constexpr int kMinSpotFrames = 5;
 // Candidates fitted at most: more are the scene, not the glass.
 constexpr std::size_t kMaxSpots = 500;
 
@@ -681,7 +684,7 @@ TSensorCheckResult TSensorCheck::result() const
             }
         }
     }
-    {
+    if (r.frames >= kMinSpotFrames) {
         QMutexLocker lock(&d->spotMutex);
         r.spots = d->findSpots(r.frames);
     }

@@ -561,7 +561,7 @@ RawGenerator::RawGenerator(const RawOptions &options) : m_o(options)
     else
         part.setHeight(part.width() / aspect);
     if (m_o.frame) {
-        const double f = 0.8;
+        const double f = std::clamp(m_o.framePart, 0.05, 1.0);
         const QSizeF size = part.size() * f;
         const double ox = std::fmod(m_o.frame * 0.37, 1.0) * (photo.width() - size.width());
         const double oy = std::fmod(m_o.frame * 0.61, 1.0) * (photo.height() - size.height());

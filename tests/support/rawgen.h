@@ -84,7 +84,8 @@ struct RawOptions {
     Order order = Order::Little;
 
     RawScene scene = RawScene::PhotoWithCharts;
-    int frame = 0; // another part of the photograph per frame
+    int frame = 0;          // another part of the photograph per frame
+    double framePart = 0.8; // the share of the photograph's side a frame other than 0 shows
 
     // Black on a 14-bit scale (the 12-bit storage takes a quarter), as one
     // value or a 2 x 2 pattern (BlackLevelRepeatDim 2 2), plus small
