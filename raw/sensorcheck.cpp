@@ -18,6 +18,12 @@ namespace {
 
 // Frames are counted per pixel in 16 bits.
 constexpr int kMaxFrames = 65535;
+// Twice the M9's 18.5 million pixels: the counts take 4 bytes a pixel, and a
+// file claiming more is no frame of the cameras checked.
+constexpr std::size_t kMaxSensorPixels = 40'000'000;
+// Frames decoded at a time: each holds a decoded frame (37 MB for an M9);
+// more only wait for the per-pixel pass, which takes one frame at a time.
+constexpr int kMaxDecodingThreads = 8;
 // A sensor with more outstanding pixels than this is not one to map pixel by
 // pixel (and a list this long is no help to anyone).
 constexpr std::size_t kMaxDefects = 100'000;
@@ -229,16 +235,22 @@ TSensorCheck::TSensorCheck(const TRawInfo &reference) : d(std::make_unique<Impl>
 {
     d->reference = reference;
     d->step = reference.layout == TLayout::Cfa ? 2 : 1;
-    const std::size_t pixels =
+    std::size_t pixels =
         std::size_t(std::max(0, reference.width)) * std::size_t(std::max(0, reference.height));
+    if (pixels > kMaxSensorPixels) {
+        // Nothing is allocated; every frame is then of another size.
+        d->reference.width = d->reference.height = d->reference.activeRight =
+            d->reference.activeBottom = 0;
+        pixels = 0;
+    }
+    const TRawInfo &r = d->reference;
     d->hot.assign(pixels, 0);
     d->flags.assign(pixels, 3);
     d->contrast.assign(pixels, 0);
-    d->activeLeft = std::clamp(reference.activeLeft, 0, std::max(0, reference.width));
-    d->activeRight = std::clamp(reference.activeRight, d->activeLeft, std::max(0, reference.width));
-    d->activeTop = std::clamp(reference.activeTop, 0, std::max(0, reference.height));
-    d->activeBottom =
-        std::clamp(reference.activeBottom, d->activeTop, std::max(0, reference.height));
+    d->activeLeft = std::clamp(r.activeLeft, 0, std::max(0, r.width));
+    d->activeRight = std::clamp(r.activeRight, d->activeLeft, std::max(0, r.width));
+    d->activeTop = std::clamp(r.activeTop, 0, std::max(0, r.height));
+    d->activeBottom = std::clamp(r.activeBottom, d->activeTop, std::max(0, r.height));
     d->blocksW = (d->activeRight - d->activeLeft) / kBlock;
     d->blocksH = (d->activeBottom - d->activeTop) / kBlock;
     const std::size_t blocks = std::size_t(d->blocksW) * std::size_t(d->blocksH);
@@ -701,7 +713,10 @@ TSensorCheckResult checkSensor(const QStringList &files, const TSensorCheckOptio
         if (cancelled())
             break;
         const TDecodeResult info = readInfo(path);
-        if (info.ok() && TSensorCheck::acceptedModel(info.image.info.model)) {
+        const std::size_t pixels = std::size_t(std::max(0, info.image.info.width)) *
+                                   std::size_t(std::max(0, info.image.info.height));
+        if (info.ok() && TSensorCheck::acceptedModel(info.image.info.model) &&
+            pixels <= kMaxSensorPixels) {
             reference = info.image.info;
             found = true;
             break;
@@ -770,7 +785,9 @@ TSensorCheckResult checkSensor(const QStringList &files, const TSensorCheckOptio
             ready.notify_one();
         }
     };
-    const int threads = std::clamp(options.jobs, 1, int(std::max<qsizetype>(1, files.size())));
+    const int threads = std::clamp(
+        options.jobs, 1,
+        int(std::min<qsizetype>(kMaxDecodingThreads, std::max<qsizetype>(1, files.size()))));
     std::vector<std::thread> pool;
     for (int t = 0; t < threads; ++t)
         pool.emplace_back(worker);

@@ -9,15 +9,16 @@
 // Coordinates are those of the stored raw image (column x, row y, origin top
 // left, before crop and orientation).
 //
-// Defects: each frame's pixel against the largest of its eight nearest
-// neighbours of the same colour (two pixels away on the colour filter array,
-// one on a Monochrom). Per pixel the check counts the frames in which it
-// stood well above them, and keeps whether it was at the white level, and at
-// the black level, in every frame. Stuck: at white in every frame and above
-// its neighbours in one at least. Hot: above its neighbours in more than half
-// of the frames, without being stuck. Dead: at black in every frame while its
-// neighbours were not in one at least. The two pixels at the active area's
-// edge have no full set of neighbours and are not examined.
+// Defects: each frame's pixel against the largest and the smallest of its
+// eight nearest neighbours of the same colour (two pixels away on the colour
+// filter array, one on a Monochrom). Per pixel the check counts the frames in
+// which it stood well above the largest, and keeps whether it was at the white
+// level, and at the black level, in every frame. Stuck: at white in every
+// frame and above its neighbours in one at least. Hot: above its neighbours
+// in more than half of the frames, without being stuck. Dead: at black in
+// every frame while all its neighbours were clearly not in one at least. The
+// two pixels at the active area's edge have no full set of neighbours and are
+// not examined.
 //
 // Spots: each frame's active area in blocks of 4 x 4 pixels (two of each
 // filter colour), black subtracted, as logarithms; each block's difference
@@ -28,9 +29,11 @@
 // that the scene averages away and what stays is the glass. Blocks with a
 // clipped, black or outstanding pixel are left out of a frame. Blobs of
 // radius 8 to 40 pixels are found in the average as a centre brighter or
-// darker than a ring around it, at several sizes; each is then fitted with
-// the soft disc a spot on the glass casts (a raised cosine), which gives
-// its centre, radius and contrast.
+// darker than a ring around it, at several sizes, measured against how much
+// that response varies around them; each is then fitted with the soft disc a
+// spot on the glass casts (a raised cosine), which gives its centre, radius
+// and contrast, and kept when it is round, strong enough and not the echo of
+// a stronger spot nearby.
 //
 // Frames are fed one at a time (memory: 4 bytes a pixel, plus the block
 // planes); addFrame may be called from several threads at once.
