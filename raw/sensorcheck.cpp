@@ -194,6 +194,14 @@ double spotShape(double d, double radius)
     return d < radius ? 0.5 * (1 + std::cos(M_PI * d / radius)) : 0.0;
 }
 
+// The light ring corrosion often leaves around a bright spot: 0 at the
+// radius, 1 at 1.3 radii, 0 from 1.6 radii on.
+double haloShape(double d, double radius)
+{
+    const double s = d / radius - 1;
+    return s > 0 && s < 0.6 ? std::pow(std::sin(M_PI * s / 0.6), 2) : 0.0;
+}
+
 } // namespace
 
 const char *defectKindName(TSensorDefect::Kind kind)
@@ -532,13 +540,15 @@ std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frames_) const
             chosen.push_back(c);
     }
 
-    // The fit: the average around a centre (in blocks) as a level plus a soft
-    // disc of the radius (in pixels); the squared error, the disc's height.
     struct Fit {
         double error = HUGE_VAL, height = 0, level = 0;
     };
+    // The fit: the average around a centre (in blocks) as a level plus a
+    // soft disc of the radius (in pixels) plus a halo around it, by least
+    // squares; the squared error, the level and the disc's height.
     const auto fit = [&](double cx, double cy, double radius) {
-        double n = 0, st = 0, sm = 0, stt = 0, stm = 0, smm = 0;
+        // Sums of the products of 1, the disc, the halo and the average.
+        std::array<std::array<double, 4>, 4> s{};
         const int x0 = int(std::floor(cx)) - kFitWindow, y0 = int(std::floor(cy)) - kFitWindow;
         for (int y = std::max(0, y0); y <= std::min(bh - 1, y0 + 2 * kFitWindow + 1); ++y) {
             for (int x = std::max(0, x0); x <= std::min(bw - 1, x0 + 2 * kFitWindow + 1); ++x) {
@@ -547,22 +557,44 @@ std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frames_) const
                 if (!has[k] ||
                     dx * dx + dy * dy > double(kFitWindow * kBlock * kFitWindow * kBlock))
                     continue;
-                // The block's mean of the disc, from four points in it.
-                double t = 0;
-                for (const double ox : {-1.0, 1.0})
-                    for (const double oy : {-1.0, 1.0})
-                        t += spotShape(std::hypot(dx + ox, dy + oy), radius) / 4;
-                const double v = m[k];
-                n += 1, st += t, sm += v, stt += t * t, stm += t * v, smm += v * v;
+                // The block's mean of the shapes, from four points in it.
+                std::array<double, 4> v{1, 0, 0, double(m[k])};
+                for (const double ox : {-1.0, 1.0}) {
+                    for (const double oy : {-1.0, 1.0}) {
+                        const double d = std::hypot(dx + ox, dy + oy);
+                        v[1] += spotShape(d, radius) / 4;
+                        v[2] += haloShape(d, radius) / 4;
+                    }
+                }
+                for (std::size_t i = 0; i < 4; ++i)
+                    for (std::size_t j = 0; j < 4; ++j)
+                        s[i][j] += v[i] * v[j];
             }
         }
         Fit f;
-        const double det = n * stt - st * st;
-        if (n < 8 || det <= 1e-9)
+        // The normal equations by Cramer's rule.
+        const auto det3 = [](const std::array<std::array<double, 3>, 3> &a) {
+            return a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) -
+                   a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
+                   a[0][2] * (a[1][0] * a[2][1] - a[1][1] * a[2][0]);
+        };
+        std::array<std::array<double, 3>, 3> a{};
+        for (std::size_t i = 0; i < 3; ++i)
+            for (std::size_t j = 0; j < 3; ++j)
+                a[i][j] = s[i][j];
+        const double det = det3(a);
+        if (s[0][0] < 8 || std::abs(det) <= 1e-9 * s[0][0] * s[0][0])
             return f;
-        f.height = (n * stm - st * sm) / det;
-        f.level = (sm - f.height * st) / n;
-        f.error = smm - f.level * sm - f.height * stm;
+        std::array<double, 3> beta{};
+        for (std::size_t c = 0; c < 3; ++c) {
+            auto b = a;
+            for (std::size_t i = 0; i < 3; ++i)
+                b[i][c] = s[i][3];
+            beta[c] = det3(b) / det;
+        }
+        f.level = beta[0];
+        f.height = beta[1];
+        f.error = s[3][3] - beta[0] * s[0][3] - beta[1] * s[1][3] - beta[2] * s[2][3];
         return f;
     };
     // The average between blocks (bilinear), at a point in blocks.
