@@ -31,9 +31,9 @@
 // radius 8 to 40 pixels are found in the average as a centre brighter or
 // darker than a ring around it, at several sizes, measured against how much
 // that response varies around them; each is then fitted with the soft disc a
-// spot on the glass casts (a raised cosine) and a halo's ring, which gives its centre, radius
-// and contrast, and kept when it is round, strong enough and not the echo of
-// a stronger spot nearby.
+// spot on the glass casts (a raised cosine) and a halo's ring, which gives
+// its centre, radius and contrast, and kept when it is round, strong enough
+// and not the echo of a stronger spot nearby.
 //
 // Frames are fed one at a time (memory: 4 bytes a pixel, plus the block
 // planes); addFrame may be called from several threads at once.
