@@ -47,8 +47,9 @@ constexpr float kRatioCap = 0.4f;
 // weight of this many frames of a perfectly flat scene. Where the scene was
 // busy in every frame the average says little, and must not make spots.
 constexpr double kPriorFrames = 0.5;
-// A block needs this share of valid blocks in its smoothing to be compared.
-constexpr float kMinValidShare = 0.25f;
+// A block is compared with its smoothing when this share of a full box is
+// valid there (a box at the image's corner holds a quarter of one).
+constexpr float kMinValidShare = 0.0625f;
 // The spot radii the search looks at, in pixels (blobs of 8 to 40).
 constexpr std::array<double, 6> kSearchRadii{8, 11, 16, 22, 30, 40};
 // The radii a fit may end at, in pixels: a little beyond the searched ones.
@@ -236,7 +237,7 @@ struct TSensorCheck::Impl {
 
     void frameSpots(const TRawImage &image, const TLevels &l, const std::vector<int> &marks,
                     double weight);
-    std::vector<TSensorSpot> findSpots(int frames_) const;
+    std::vector<TSensorSpot> findSpots(int frameCount) const;
 };
 
 TSensorCheck::TSensorCheck(const TRawInfo &reference) : d(std::make_unique<Impl>())
@@ -397,8 +398,7 @@ void TSensorCheck::Impl::frameSpots(const TRawImage &image, const TLevels &l,
     std::vector<float> &ratio = squares; // reused
     std::vector<float> &weights = flatL2;
     for (std::size_t k = 0; k < blocks; ++k) {
-        const bool use =
-            valid[k] > 0 && smoothN[k] >= kMinValidShare * smoothFull * 0.25f && flatN[k] >= 2;
+        const bool use = valid[k] > 0 && smoothN[k] >= kMinValidShare * smoothFull && flatN[k] >= 2;
         if (!use) {
             ratio[k] = 0;
             weights[k] = 0;
@@ -418,7 +418,7 @@ void TSensorCheck::Impl::frameSpots(const TRawImage &image, const TLevels &l,
     }
 }
 
-std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frames_) const
+std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frameCount) const
 {
     const int bw = blocksW, bh = blocksH;
     const std::size_t blocks = std::size_t(bw) * std::size_t(bh);
@@ -428,7 +428,7 @@ std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frames_) const
     // m: the average; shrunk: pulled towards none where it rests on little.
     std::vector<float> m(blocks), shrunk(blocks);
     std::vector<uint8_t> has(blocks);
-    const double frames = std::max(1, frames_);
+    const double frames = std::max(1, frameCount);
     const float prior =
         float(kPriorFrames * frameWeights / frames / double(kFlatFloor * kFlatFloor));
     for (std::size_t k = 0; k < blocks; ++k) {
@@ -667,7 +667,7 @@ std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frames_) const
         const int kx = std::clamp(int(std::lround(cx)), 0, bw - 1),
                   ky = std::clamp(int(std::lround(cy)), 0, bh - 1);
         spot.frames = validFrames[std::size_t(ky) * std::size_t(bw) + std::size_t(kx)];
-        if (2 * spot.frames >= frames_)
+        if (2 * spot.frames >= frameCount)
             spots.push_back(spot);
     }
     // The strongest first; a weak one in a strong one's surroundings is the
