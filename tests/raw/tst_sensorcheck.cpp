@@ -39,13 +39,14 @@ raw::TRawImage decoded(const RawOptions &options)
 }
 
 raw::TSensorCheckResult check(const QList<PixelDefect> &defects, const QList<Spot> &spots,
-                              int restingFrame, bool monochrom)
+                              int restingFrame, bool monochrom, RawStorage storage)
 {
     std::unique_ptr<raw::TSensorCheck> check;
     for (int f = 0; f < kFrames; ++f) {
         RawOptions o = frameOptions(f);
         o.spots = spots;
         o.monochrom = monochrom;
+        o.storage = storage;
         if (f != restingFrame)
             o.defects = defects;
         const raw::TRawImage image = decoded(o);
@@ -73,30 +74,46 @@ void TstSensorCheck::faults_data()
     QTest::addColumn<QList<Spot>>("spots");
     QTest::addColumn<QString>("found"); // kind x y [radius], or empty
     QTest::addColumn<bool>("monochrom");
+    QTest::addColumn<RawStorage>("storage");
     const auto defect = [](PixelDefect::Kind kind, int x, int y) {
         PixelDefect d;
         d.kind = kind;
         d.at = QPoint(x, y);
         return QList<PixelDefect>{d};
     };
-    QTest::newRow("clean") << QList<PixelDefect>() << QList<Spot>() << QString() << false;
+    QTest::newRow("clean") << QList<PixelDefect>() << QList<Spot>() << QString() << false
+                           << RawStorage::Uncompressed16;
     QTest::newRow("hot") << defect(PixelDefect::Hot, 201, 150) << QList<Spot>()
-                         << QStringLiteral("hot 201 150") << false;
+                         << QStringLiteral("hot 201 150") << false << RawStorage::Uncompressed16;
     QTest::newRow("stuck") << defect(PixelDefect::Stuck, 400, 333) << QList<Spot>()
-                           << QStringLiteral("stuck 400 333") << false;
-    QTest::newRow("hot, Monochrom") << defect(PixelDefect::Hot, 333, 222) << QList<Spot>()
-                                    << QStringLiteral("hot 333 222") << true;
-    QTest::newRow("dead, Monochrom") << defect(PixelDefect::Dead, 500, 100) << QList<Spot>()
-                                     << QStringLiteral("dead 500 100") << true;
+                           << QStringLiteral("stuck 400 333") << false
+                           << RawStorage::Uncompressed16;
+    QTest::newRow("hot, Monochrom")
+        << defect(PixelDefect::Hot, 333, 222) << QList<Spot>() << QStringLiteral("hot 333 222")
+        << true << RawStorage::Uncompressed16;
+    QTest::newRow("dead, Monochrom")
+        << defect(PixelDefect::Dead, 500, 100) << QList<Spot>() << QStringLiteral("dead 500 100")
+        << true << RawStorage::Uncompressed16;
+    QTest::newRow("stuck, 8 bits and a table")
+        << defect(PixelDefect::Stuck, 611, 407) << QList<Spot>() << QStringLiteral("stuck 611 407")
+        << false << RawStorage::Linearized8;
+    QTest::newRow("dead, 12 bits")
+        << defect(PixelDefect::Dead, 222, 555) << QList<Spot>() << QStringLiteral("dead 222 555")
+        << false << RawStorage::Packed12;
+    QTest::newRow("hot, lossless JPEG")
+        << defect(PixelDefect::Hot, 700, 300) << QList<Spot>() << QStringLiteral("hot 700 300")
+        << false << RawStorage::LosslessJpeg;
     QTest::newRow("dead") << defect(PixelDefect::Dead, 77, 260) << QList<Spot>()
-                          << QStringLiteral("dead 77 260") << false;
+                          << QStringLiteral("dead 77 260") << false << RawStorage::Uncompressed16;
     QTest::newRow("dust") << QList<PixelDefect>() << QList<Spot>{{QPointF(150, 120), 20, -0.3}}
-                          << QStringLiteral("dust 150 120 20") << false;
+                          << QStringLiteral("dust 150 120 20") << false
+                          << RawStorage::Uncompressed16;
     QTest::newRow("bright") << QList<PixelDefect>() << QList<Spot>{{QPointF(160, 110), 16, 0.25}}
-                            << QStringLiteral("bright 160 110 16") << false;
+                            << QStringLiteral("bright 160 110 16") << false
+                            << RawStorage::Uncompressed16;
     QTest::newRow("bright with a halo")
         << QList<PixelDefect>() << QList<Spot>{{QPointF(160, 110), 22, 0.15, 0.05}}
-        << QStringLiteral("bright 160 110 22") << false;
+        << QStringLiteral("bright 160 110 22") << false << RawStorage::Uncompressed16;
 }
 
 // One fault (or none) on a card of ten frames: exactly it is found. A hot
@@ -107,8 +124,9 @@ void TstSensorCheck::faults()
     QFETCH(QList<Spot>, spots);
     QFETCH(QString, found);
     QFETCH(bool, monochrom);
+    QFETCH(RawStorage, storage);
     const bool hot = !defects.isEmpty() && defects.first().kind == PixelDefect::Hot;
-    const raw::TSensorCheckResult r = check(defects, spots, hot ? 3 : -1, monochrom);
+    const raw::TSensorCheckResult r = check(defects, spots, hot ? 3 : -1, monochrom, storage);
     QCOMPARE(r.frames, kFrames);
     QCOMPARE(r.width, kWidth);
     const QStringList want = found.split(QLatin1Char(' '), Qt::SkipEmptyParts);
