@@ -764,11 +764,15 @@ public:
     {
     }
 
-    TRawImage run(bool withPixels)
+    // With a sink, the values go to it and the image keeps none.
+    TRawImage run(bool withPixels, TRowSink *sink)
     {
         readDirectories();
         TRawImage image;
         image.info = m_info;
+        m_sink = sink;
+        if (sink && !sink->begin(m_info))
+            return image;
         if (withPixels)
             readPixels(image);
         return image;
@@ -1146,7 +1150,8 @@ private:
     void readPixels(TRawImage &image)
     {
         const TRawInfo &info = m_info;
-        image.pixels.resize(std::size_t(info.width) * std::size_t(info.height));
+        if (!m_sink)
+            image.pixels.resize(std::size_t(info.width) * std::size_t(info.height));
         // The table as a lookup over every value a sample can take; values
         // past its end read as its last entry.
         if (!info.linearization.empty()) {
@@ -1180,12 +1185,13 @@ private:
     {
         const int bits = m_info.bitsPerSample;
         const std::size_t imageWidth = std::size_t(m_info.width);
-        quint16 *const origin = image.pixels.data() + std::size_t(b.y) * imageWidth + b.x;
+        quint16 *const origin =
+            m_sink ? nullptr : image.pixels.data() + std::size_t(b.y) * imageWidth + b.x;
         const qint64 stride = rowBytes(b.storedWidth, bits);
 
         // 16-bit strips straight into the picture, then turned to the
         // machine's byte order in place.
-        if (bits == 16 && b.storedWidth == imageWidth) {
+        if (!m_sink && bits == 16 && b.storedWidth == imageWidth) {
             const std::size_t n = std::size_t(b.width) * b.height;
             if (!m_source.read(b.offset, origin, qint64(n) * 2))
                 cutShort(index);
@@ -1202,16 +1208,20 @@ private:
         const quint32 rowsAtOnce =
             quint32(std::clamp<qint64>((1 << 20) / std::max<qint64>(stride, 1), 1, b.height));
         m_buffer.resize(std::size_t(stride) * rowsAtOnce);
+        if (m_sink)
+            m_row.resize(b.width);
         for (quint32 row = 0; row < b.height; row += rowsAtOnce) {
             const quint32 rows = std::min(rowsAtOnce, b.height - row);
             if (!m_source.read(b.offset + qint64(row) * stride, m_buffer.data(),
                                qint64(rows) * stride))
                 cutShort(index);
             for (quint32 r = 0; r < rows; ++r) {
-                quint16 *dst = origin + std::size_t(row + r) * imageWidth;
+                quint16 *dst = m_sink ? m_row.data() : origin + std::size_t(row + r) * imageWidth;
                 unpackRow(m_buffer.data() + std::size_t(r) * std::size_t(stride), dst, b.width,
                           bits, m_reader->bigEndian());
                 linearize(dst, b.width);
+                if (m_sink)
+                    m_sink->row(int(b.x), int(b.y + row + r), int(b.width), dst);
             }
         }
     }
@@ -1234,13 +1244,18 @@ private:
                      .arg(b.storedWidth)
                      .arg(b.storedHeight));
         const std::size_t imageWidth = std::size_t(m_info.width);
-        quint16 *const origin = image.pixels.data() + std::size_t(b.y) * imageWidth + b.x;
+        quint16 *const origin =
+            m_sink ? nullptr : image.pixels.data() + std::size_t(b.y) * imageWidth + b.x;
+        if (m_sink)
+            m_row.resize(b.width);
         jpeg.decode([&](int r, const quint16 *samples) {
             if (quint32(r) >= b.height)
                 return;
-            quint16 *dst = origin + std::size_t(r) * imageWidth;
+            quint16 *dst = m_sink ? m_row.data() : origin + std::size_t(r) * imageWidth;
             std::copy(samples, samples + b.width, dst);
             linearize(dst, b.width);
+            if (m_sink)
+                m_sink->row(int(b.x), int(b.y) + r, int(b.width), dst);
         });
     }
 
@@ -1251,16 +1266,18 @@ private:
     std::vector<TBlock> m_blocks;
     std::vector<quint16> m_lut;
     std::vector<uchar> m_buffer;
+    TRowSink *m_sink = nullptr;
+    std::vector<quint16> m_row; // a row handed to the sink
 };
 
 TDecodeResult run(const std::function<std::unique_ptr<TSource>()> &open,
-                  const std::atomic<bool> *cancel, bool withPixels)
+                  const std::atomic<bool> *cancel, bool withPixels, TRowSink *sink = nullptr)
 {
     TDecodeResult result;
     try {
         const std::unique_ptr<TSource> source = open();
         TDecoder decoder(*source, cancel);
-        result.image = decoder.run(withPixels);
+        result.image = decoder.run(withPixels, sink);
     } catch (const TFailure &failure) {
         result.image = TRawImage();
         result.error = failure.text;
@@ -1281,6 +1298,11 @@ TDecodeResult decodeFile(const QString &path, const std::atomic<bool> *cancel)
 TDecodeResult decodeBytes(QByteArrayView bytes, const std::atomic<bool> *cancel)
 {
     return run([&] { return std::make_unique<TMemorySource>(bytes); }, cancel, true);
+}
+
+TDecodeResult decodeFileRows(const QString &path, TRowSink &sink, const std::atomic<bool> *cancel)
+{
+    return run([&] { return std::make_unique<TFileSource>(path); }, cancel, true, &sink);
 }
 
 TDecodeResult readInfo(const QString &path)

@@ -27,11 +27,27 @@ struct TDecodeResult {
     bool ok() const { return error.isEmpty(); }
 };
 
+// Receives the decoded values instead of a picture: begin() once with the
+// directories' values, before any row (returning false ends the decode there,
+// with info filled and no pixel read), then row() for each run of n
+// linearized values from column x of row y (stored coordinates), in the
+// file's order of strips or tiles.
+class TRowSink {
+public:
+    virtual ~TRowSink() = default;
+    virtual bool begin(const TRawInfo &info) = 0;
+    virtual void row(int x, int y, int n, const uint16_t *values) = 0;
+};
+
 // The raw image of the file. `cancel`, when set, is looked at between strips
 // and tiles; a cancelled decode gives the error "cancelled".
 TDecodeResult decodeFile(const QString &path, const std::atomic<bool> *cancel = nullptr);
 // The same from bytes in memory (tests, fuzzing).
 TDecodeResult decodeBytes(QByteArrayView bytes, const std::atomic<bool> *cancel = nullptr);
+// The values of the file handed to sink row by row, never kept whole: figures
+// gathered while reading. The result's image has info and no pixels.
+TDecodeResult decodeFileRows(const QString &path, TRowSink &sink,
+                             const std::atomic<bool> *cancel = nullptr);
 // The directories only: info filled and checked, no pixel read (pixels empty).
 TDecodeResult readInfo(const QString &path);
 
