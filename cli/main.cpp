@@ -15,6 +15,7 @@
 #include "card/records.h"
 #include "card/safewrite.h"
 #include "card/statistics.h"
+#include "cli/rawstats.h"
 #include "cli/sensorcheck.h"
 #include "cli/sonymakernote.h"
 #include "exif/paneltexts.h"
@@ -49,6 +50,7 @@ namespace {
 constexpr char kUsage[] =
     "Usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
     "  or:  tolvik-info [--json | --csv] --stats FILE|FOLDER...\n"
+    "  or:  tolvik-info [--json | --csv] [-j N] --raw-stats FILE|FOLDER...\n"
     "  or:  tolvik-info [--exact] --report OUT.pdf FILE\n"
     "  or:  tolvik-info --contact-sheet OUT.pdf FILE|FOLDER...\n"
     "  or:  tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
@@ -68,6 +70,9 @@ constexpr char kUsage[] =
     "               row has its path and the reason in the last column, \"error\"\n"
     "  --stats      count the frames per lens, focal length, aperture, ISO, exposure\n"
     "               time, program and day, and give the range of sensor temperatures\n"
+    "  --raw-stats  the exposure of the raw data over the default crop: per channel\n"
+    "               (R, G, B; L of the Monochrom) the share of pixels at or above\n"
+    "               white and the headroom in EV of the 99.9th percentile below white\n"
     "  --exact      the values as the camera wrote them (\"1/15\", \"\u2248 f/5.6\",\n"
     "               \"-0.7 EV\", ISO dates) instead of the panel's roundings; with\n"
     "               --json also as numbers (iso, exposure_time_s, aperture_estimate, ...)\n"
@@ -120,6 +125,7 @@ struct TOptions {
     bool help = false;
     bool version = false;
     bool stats = false;       // --stats: counts per category instead of rows
+    bool rawStats = false;    // --raw-stats: the exposure figures of the raw data
     QString reportPath;       // --report: the PDF of one file
     QString contactSheetPath; // --contact-sheet: the PDF of every file
     QString sonyOffset;       // --sony-makernote: where the Sony directory lies
@@ -135,6 +141,7 @@ enum TMode : unsigned {
     ContactSheet = 8,
     SonyMakerNote = 16,
     SensorCheck = 32,
+    RawStats = 64,
 };
 
 struct TModeOption {
@@ -148,19 +155,22 @@ constexpr TModeOption kModeOptions[] = {
     {"--contact-sheet", ContactSheet},
     {"--sony-makernote", SonyMakerNote},
     {"--sensor-check", SensorCheck},
-    {"--json", Rows | Stats | SonyMakerNote | SensorCheck},
-    {"--csv", Rows | Stats | SonyMakerNote},
+    {"--raw-stats", RawStats},
+    {"--json", Rows | Stats | SonyMakerNote | SensorCheck | RawStats},
+    {"--csv", Rows | Stats | SonyMakerNote | RawStats},
     {"--exact", Rows | Report},
     {"--all", Rows | SonyMakerNote},
     {"--preflight", Rows},
-    {"-j", Rows | Stats | ContactSheet | SensorCheck},
+    {"-j", Rows | Stats | ContactSheet | SensorCheck | RawStats},
 };
-constexpr int kModeChoosers = 5;
+constexpr int kModeChoosers = 6;
 
 TMode modeOf(const TOptions &options)
 {
     if (options.stats)
         return Stats;
+    if (options.rawStats)
+        return RawStats;
     if (!options.reportPath.isEmpty())
         return Report;
     if (!options.contactSheetPath.isEmpty())
@@ -230,6 +240,8 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.stats = true;
         } else if (arg == QLatin1String("--sensor-check")) {
             options.sensorCheck = true;
+        } else if (arg == QLatin1String("--raw-stats")) {
+            options.rawStats = true;
         } else if (arg == QLatin1String("--exact")) {
             options.rows.exact = true;
         } else if (arg == QLatin1String("--preflight")) {
@@ -467,6 +479,8 @@ int main(int argc, char *argv[])
     jobs = std::max(1, std::min({jobs, limits::kMaxJobs, int(files.size())}));
     if (options.sensorCheck)
         return runSensorCheck(files, options.format, jobs);
+    if (options.rawStats)
+        return runRawStats(files, options.format, jobs);
 
     int status = 0;
     TProgress progress(int(files.size()));

@@ -26,7 +26,7 @@ _tolvik_info()
     esac
 
     if [[ $cur == -* ]]; then
-        COMPREPLY=($(compgen -W '--json --csv --stats --exact --all --preflight -j
+        COMPREPLY=($(compgen -W '--json --csv --stats --raw-stats --exact --all --preflight -j
             --report --contact-sheet --sony-makernote --sensor-check --help --version' -- "$cur"))
         return
     fi
