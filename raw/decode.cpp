@@ -331,13 +331,11 @@ struct TLayoutInfo {
 void unpackRow(const uchar *src, quint16 *dst, quint32 n, int bits, bool bigEndian)
 {
     if (bits == 16) {
-        if (bigEndian) {
-            for (quint32 i = 0; i < n; ++i)
-                dst[i] = quint16(src[2 * i] << 8 | src[2 * i + 1]);
-        } else {
-            for (quint32 i = 0; i < n; ++i)
-                dst[i] = quint16(src[2 * i] | src[2 * i + 1] << 8);
-        }
+        // A copy in the machine's order, a vectorized swap in the other.
+        if (bigEndian)
+            qFromBigEndian<quint16>(src, qsizetype(n), dst);
+        else
+            qFromLittleEndian<quint16>(src, qsizetype(n), dst);
     } else if (bits == 8) {
         for (quint32 i = 0; i < n; ++i)
             dst[i] = src[i];
