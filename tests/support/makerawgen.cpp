@@ -1,7 +1,7 @@
 // tolvik-rawgen: writes a test picture as an M9 / M Monochrom DNG (and its
 // developed truth as PNG), for benchmarks and by hand.
 //   tolvik-rawgen [--storage NAME] [--monochrom] [--size WxH] [--scene photo|charts|both]
-//                 [--frame N] [--truth PNG] OUT.dng
+//                 [--frame N] [--exposure STOPS] [--gain R,G,B] [--truth PNG] OUT.dng
 
 #include "tests/support/rawgen.h"
 
@@ -36,7 +36,13 @@ int main(int argc, char *argv[])
     const QCommandLineOption truth(QStringLiteral("truth"),
                                    QStringLiteral("also write the developed truth"),
                                    QStringLiteral("png"));
-    parser.addOptions({storage, monochrom, size, scene, frame, truth});
+    const QCommandLineOption exposure(QStringLiteral("exposure"),
+                                      QStringLiteral("stops brighter (the brightest parts clip)"),
+                                      QStringLiteral("stops"), QStringLiteral("0"));
+    const QCommandLineOption gain(QStringLiteral("gain"),
+                                  QStringLiteral("camera channel gains (4,1,1 clips red first)"),
+                                  QStringLiteral("r,g,b"), QStringLiteral("1,1,1"));
+    parser.addOptions({storage, monochrom, size, scene, frame, exposure, gain, truth});
     parser.addPositionalArgument(QStringLiteral("out"), QStringLiteral("the DNG to write"));
     parser.process(app);
     if (parser.positionalArguments().size() != 1)
@@ -51,14 +57,18 @@ int main(int argc, char *argv[])
         }
     }
     const QStringList wh = parser.value(size).split(QLatin1Char('x'));
-    if (!known || wh.size() != 2) {
-        std::fprintf(stderr, "tolvik-rawgen: unknown storage or size\n");
+    const QStringList gains = parser.value(gain).split(QLatin1Char(','));
+    if (!known || wh.size() != 2 || gains.size() != 3) {
+        std::fprintf(stderr, "tolvik-rawgen: unknown storage, size or gains\n");
         return 2;
     }
     options.width = std::max(64, wh[0].toInt());
     options.height = std::max(48, wh[1].toInt());
     options.monochrom = parser.isSet(monochrom);
     options.frame = parser.value(frame).toInt();
+    options.exposureStops = parser.value(exposure).toDouble();
+    for (int c = 0; c < 3; ++c)
+        options.channelGain[std::size_t(c)] = gains[c].toDouble();
     const QString sceneName = parser.value(scene);
     options.scene = sceneName == QLatin1String("photo")    ? fixture::RawScene::Photo
                     : sceneName == QLatin1String("charts") ? fixture::RawScene::Charts
