@@ -164,15 +164,18 @@ void TstRawStats::commandLine()
     QVERIFY(junk.open(QIODevice::WriteOnly) && junk.write("not a DNG") == 9);
     junk.close();
     const QStringList files{m9, mono, broken};
-    const auto run = [&](const QString &format) {
+    const auto run = [&](const QString &option, int status = 1) {
         QProcess process;
         process.start(QStringLiteral(TOLVIK_INFO),
-                      QStringList{QStringLiteral("--raw-stats"), format, QStringLiteral("-j2")} +
+                      QStringList{QStringLiteral("--raw-stats"), option, QStringLiteral("-j2")} +
                           files);
         process.waitForFinished(60000);
-        [&] { QCOMPARE(process.exitCode(), 1); }();
+        [&] { QCOMPARE(process.exitCode(), status); }();
         return process.readAllStandardOutput().split('\n');
     };
+    // Options of other modes are usage errors, never ignored.
+    run(QStringLiteral("--exact"), 2);
+    run(QStringLiteral("--stats"), 2);
 
     const QList<QByteArray> json = run(QStringLiteral("--json"));
     QCOMPARE(json.size(), 4); // three lines and the empty rest
