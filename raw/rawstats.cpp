@@ -1,6 +1,7 @@
 #include "raw/rawstats.h"
 
 #include "raw/decode.h"
+#include "raw/rawlimits.h"
 
 #include <algorithm>
 #include <array>
@@ -16,6 +17,8 @@ namespace {
 
 // One bin per value a 16-bit sample can take.
 constexpr int kBins = 65536;
+// A bin counts in 32 bits: no picture the decoder accepts has more pixels.
+static_assert(limits::kMaxPixels < std::numeric_limits<quint32>::max());
 // The 2 x 2 sites of the colour filter (also the Monochrom's, for a black pattern).
 constexpr int kSites = 4;
 
