@@ -111,6 +111,7 @@ constexpr char kUsage[] =
     "  tolvik-info --csv /media/card > card.csv   a table of every DNG on the card\n"
     "  tolvik-info --json --all L1002622.DNG      every decoder and stored value\n"
     "  tolvik-info --stats /media/card            frames per lens, ISO, day, ...\n"
+    "  tolvik-info --raw-stats /media/card        clipped pixels and headroom per channel\n"
     "  tolvik-info --report L1002622.pdf L1002622.DNG\n"
     "                                             the printed report as a PDF\n";
 
