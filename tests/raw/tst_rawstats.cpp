@@ -28,9 +28,8 @@ struct TExpected {
 
 // Over the crop: the filter is RGGB at the stored origin, the Monochrom one channel.
 QList<TExpected> expectedFigures(const RawGenerator &generator, const raw::TRawImage &image,
-                                 bool monochrom)
+                                 const QRect &crop, bool monochrom)
 {
-    const QRect crop = generator.crop().translated(generator.activeArea().topLeft());
     const double white = generator.whiteLevel();
     QList<TExpected> out(monochrom ? 1 : 3);
     std::vector<std::vector<double>> aboveBlack(std::size_t(out.size()));
@@ -97,6 +96,7 @@ void TstRawStats::figures_data()
 {
     QTest::addColumn<RawOptions>("options");
     QTest::addColumn<QString>("clipped"); // the channels with clipped pixels
+    QTest::addColumn<bool>("oddCrop");    // starting a column and a row further
     const auto options = [](RawStorage storage, double stops, std::array<double, 3> gain) {
         RawOptions o;
         o.storage = storage;
@@ -107,35 +107,49 @@ void TstRawStats::figures_data()
         return o;
     };
     QTest::newRow("red only") << options(RawStorage::Uncompressed16, 0, {4, 1, 1})
-                              << QStringLiteral("R");
+                              << QStringLiteral("R") << false;
     QTest::newRow("green and blue")
-        << options(RawStorage::Packed14, 0, {0.5, 4, 4}) << QStringLiteral("GB");
-    QTest::newRow("none") << options(RawStorage::Packed12, 0, {1, 1, 1}) << QString();
+        << options(RawStorage::Packed14, 0, {0.5, 4, 4}) << QStringLiteral("GB") << false;
+    QTest::newRow("none") << options(RawStorage::Packed12, 0, {1, 1, 1}) << QString() << false;
     QTest::newRow("8-bit with table")
-        << options(RawStorage::Linearized8, 3, {1, 1, 1}) << QStringLiteral("RGB");
+        << options(RawStorage::Linearized8, 3, {1, 1, 1}) << QStringLiteral("RGB") << false;
     QTest::newRow("lossless JPEG tiles, red only")
-        << options(RawStorage::LosslessJpeg, 0, {4, 1, 1}) << QStringLiteral("R");
+        << options(RawStorage::LosslessJpeg, 0, {4, 1, 1}) << QStringLiteral("R") << false;
     RawOptions monochrom = options(RawStorage::Uncompressed16, 1, {1, 1, 1});
     monochrom.monochrom = true;
-    QTest::newRow("Monochrom") << monochrom << QStringLiteral("L");
+    QTest::newRow("Monochrom") << monochrom << QStringLiteral("L") << false;
     // A black per site (the two greens differ), then per row and column.
     RawOptions pattern = options(RawStorage::TiledUncompressed16, 0, {4, 1, 1});
     pattern.black = {60, 72.5, 48.25, 66};
     pattern.blackPattern = true;
-    QTest::newRow("black pattern") << pattern << QStringLiteral("R");
+    QTest::newRow("black pattern") << pattern << QStringLiteral("R") << false;
+    QTest::newRow("black pattern, crop at an odd column and row")
+        << pattern << QStringLiteral("R") << true;
     pattern.blackDeltas = true;
-    QTest::newRow("black pattern and deltas") << pattern << QStringLiteral("R");
+    QTest::newRow("black pattern and deltas") << pattern << QStringLiteral("R") << false;
 }
 
 void TstRawStats::figures()
 {
     QFETCH(RawOptions, options);
     QFETCH(QString, clipped);
+    QFETCH(bool, oddCrop);
     const RawGenerator generator(options);
-    const QByteArray dng = generator.dng();
+    QByteArray dng = generator.dng();
+    QRect crop = generator.crop().translated(generator.activeArea().topLeft());
+    if (oddCrop) { // DefaultCropOrigin (LONG 2, 2): 3, 3, so that each run starts on another site
+        const qsizetype entry = dng.indexOf(QByteArray("\x1f\xc6\x04\x00\x02\x00\x00\x00", 8));
+        QVERIFY(entry > 0);
+        const quint32 at = qFromLittleEndian<quint32>(dng.constData() + entry + 8);
+        QVERIFY(qsizetype(at) + 8 <= dng.size());
+        qToLittleEndian<quint32>(3, dng.data() + at);
+        qToLittleEndian<quint32>(3, dng.data() + at + 4);
+        crop.translate(1, 1);
+    }
     const raw::TDecodeResult decoded = raw::decodeBytes(dng);
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
-    const QList<TExpected> expected = expectedFigures(generator, decoded.image, options.monochrom);
+    const QList<TExpected> expected =
+        expectedFigures(generator, decoded.image, crop, options.monochrom);
     compare(raw::rawFigures(decoded.image), expected, clipped);
 
     // Counted while decoding the file, without the picture: the same.
