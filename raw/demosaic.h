@@ -33,7 +33,7 @@ inline constexpr int kRcdBorder = 10;
 
 // The planes one thread reuses from tile to tile.
 struct TRcdScratch {
-    std::vector<float> a, b, vh, pq;
+    std::vector<float> a, b, vh, pq, row, row2;
 };
 
 // rgb[0..2]: planes of w x h floats that receive red, green and blue.
