@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace raw {
 
@@ -200,6 +201,25 @@ TVec3 validNeutral(TVec3 n)
     return {n[0] / m, n[1] / m, n[2] / m};
 }
 
+// Completes the transform from the camera neutral and the camera -> linear
+// sRGB matrix (none: the fallback, camera values / neutral = linear sRGB).
+// The balance scales the channels by the inverse neutral over its largest
+// value, so that a balanced value stays within [0, 1] and nothing is clipped
+// that the sensor did not clip; the matrix undoes it.
+TColourTransform balanced(TColourTransform t, const TVec3 &neutral,
+                          std::optional<TMat3> cameraToSrgb)
+{
+    const double least = std::min({neutral[0], neutral[1], neutral[2]});
+    for (std::size_t c = 0; c < 3; ++c)
+        t.balance[c] = least / neutral[c];
+    const TMat3 m =
+        cameraToSrgb ? *cameraToSrgb : diagonal({1 / neutral[0], 1 / neutral[1], 1 / neutral[2]});
+    t.toSrgb = multiply(m, diagonal({1 / t.balance[0], 1 / t.balance[1], 1 / t.balance[2]}));
+    for (double &v : t.toSrgb)
+        v *= t.exposure;
+    return t;
+}
+
 } // namespace
 
 TColourTransform colourTransform(const TRawInfo &info)
@@ -218,12 +238,8 @@ TColourTransform colourTransform(const TRawInfo &info)
             m->present = false;
 
     if (!haveMatrix) {
-        const TVec3 neutral = validNeutral(info.asShotNeutral);
-        for (int c = 0; c < 3; ++c)
-            t.balance[std::size_t(c)] = 1 / neutral[std::size_t(c)];
-        t.toSrgb = diagonal({t.exposure, t.exposure, t.exposure});
         t.whiteXy = {0.3457, 0.3585};
-        return t;
+        return balanced(t, validNeutral(info.asShotNeutral), {});
     }
 
     // The white of the shot: AsShotWhiteXY as written, or the chromaticity
@@ -281,20 +297,14 @@ TColourTransform colourTransform(const TRawInfo &info)
         const bool invertible = invert(m.xyzToCamera, &cameraToXyz);
         const double whiteY = invertible ? multiply(cameraToXyz, neutral)[1] : 0;
         if (!(whiteY > 0)) {
-            t.balance = {1 / neutral[0], 1 / neutral[1], 1 / neutral[2]};
-            t.toSrgb = diagonal({t.exposure, t.exposure, t.exposure});
-            return t;
+            return balanced(t, neutral, {});
         }
         cameraToD50 = multiply(bradford(white, kD50), cameraToXyz);
         for (double &v : cameraToD50)
             v /= whiteY;
     }
     t.fromMatrices = true;
-    t.balance = {1 / neutral[0], 1 / neutral[1], 1 / neutral[2]};
-    t.toSrgb = multiply(xyzD50ToLinearSrgb(), multiply(cameraToD50, diagonal(neutral)));
-    for (double &v : t.toSrgb)
-        v *= t.exposure;
-    return t;
+    return balanced(t, neutral, multiply(xyzD50ToLinearSrgb(), cameraToD50));
 }
 
 } // namespace raw

@@ -37,9 +37,11 @@ TMat3 bradford(const TVec3 &fromWhite, const TVec3 &toWhite);
 TMat3 xyzD50ToLinearSrgb();
 
 // What developing applies to a normalized raw value v (black 0, white 1) of
-// colour c: w = min(v * balance[c], 1), then linear sRGB = toSrgb * (w_r, w_g,
+// colour c: w = v * balance[c] (in [0, 1]: the balance is the inverse camera
+// neutral over its largest value), then linear sRGB = toSrgb * (w_r, w_g,
 // w_b), 2^BaselineExposure included. A neutral of the scene gives w_r = w_g =
-// w_b and comes out grey.
+// w_b and comes out grey. Where the sensor clipped a channel, the colour is
+// what the clipped values give: highlights are not reconstructed.
 struct TColourTransform {
     TVec3 balance{1, 1, 1};
     TMat3 toSrgb{1, 0, 0, 0, 1, 0, 0, 0, 1};
