@@ -53,8 +53,7 @@ int reflect(int v, int low, int high)
 // (white - black) * balance of the sample's colour, clipped to [0, 1].
 class TNormalizer {
 public:
-    TNormalizer(const TRawImage &raw, const TGeometry &, const TColourTransform &colour,
-                bool linear)
+    TNormalizer(const TRawImage &raw, const TColourTransform &colour, bool linear)
         : m_raw(raw), m_info(raw.info), m_linear(linear)
     {
         const TRawInfo &i = raw.info;
@@ -65,9 +64,9 @@ public:
             m_balance[c] = linear ? 1.0 : colour.balance[std::size_t(c)];
     }
 
-    // Fills `out` with the samples of stored row y at stored columns xs[0..n).
-    // Per row, the black of the two phases of each column is precomputed in
-    // prepare() for the tile's columns.
+    // For the stored columns xs[0..n) of a tile: the black of each column in
+    // both row phases of the pattern (with BlackLevelDeltaH), and the gain
+    // for its colour in both row parities.
     void prepare(const int *xs, int n)
     {
         m_gain.resize(std::size_t(n) * 4);
@@ -91,6 +90,7 @@ public:
         m_n = n;
     }
 
+    // The samples of stored row y at the prepared columns xs[0..n) into out.
     void row(int y, const int *xs, float *out) const
     {
         const int ay = y - m_info.activeTop;
@@ -231,7 +231,7 @@ void fullTile(const TJob &job, int tx, int ty, int tw, int th, TScratch &s)
     const int border = job.linear ? 0 : kRcdBorder;
     const int bw = tw + 2 * border, bh = th + 2 * border;
     const int x0 = job.g.left + tx - border, y0 = job.g.top + ty - border;
-    TNormalizer normalizer(job.raw, job.g, job.colour, job.linear);
+    TNormalizer normalizer(job.raw, job.colour, job.linear);
     s.xs.resize(std::size_t(bw));
     for (int i = 0; i < bw; ++i)
         s.xs[std::size_t(i)] = reflect(x0 + i, job.left, job.right);
@@ -269,7 +269,7 @@ void halfTile(const TJob &job, int tx, int ty, int tw, int th, TScratch &s)
 {
     const int x0 = job.g.left + 2 * tx, y0 = job.g.top + 2 * ty;
     const int bw = 2 * tw;
-    TNormalizer normalizer(job.raw, job.g, job.colour, job.linear);
+    TNormalizer normalizer(job.raw, job.colour, job.linear);
     s.xs.resize(std::size_t(bw));
     for (int i = 0; i < bw; ++i)
         s.xs[std::size_t(i)] = x0 + i;
