@@ -23,7 +23,8 @@ void pictures(const uint8_t *data, size_t size);
 void sonyMakerNote(const uint8_t *data, size_t size);
 void sonyBlocks(const uint8_t *data, size_t size);
 void report(const uint8_t *data, size_t size);
-void rawDecode(const uint8_t *data, size_t size); // the raw decoder on the bytes
+void rawDecode(const uint8_t *data, size_t size);  // the raw decoder on the bytes
+void rawDevelop(const uint8_t *data, size_t size); // ... and the development of what it decodes
 // A painted report page costs half a second under the sanitizers, nearly all
 // in Qt: the fuzz program paints about one input in this many (by a hash of
 // the input); the tests paint every one.
@@ -37,6 +38,7 @@ inline constexpr NamedTarget kTargets[] = {
     {"reader", reader},         {"ifd", ifd},           {"exifgps", exifGps},
     {"leica", leica},           {"pictures", pictures}, {"sonymakernote", sonyMakerNote},
     {"sonyblocks", sonyBlocks}, {"report", report},     {"rawdecode", rawDecode},
+    {"rawdevelop", rawDevelop},
 };
 
 } // namespace fuzz

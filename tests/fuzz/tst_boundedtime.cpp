@@ -33,11 +33,14 @@ void TstBoundedTime::everyKnownInput_data()
     const QDir data(qEnvironmentVariable("TOLVIK_TEST_DATA"));
     for (int t = 0; t < int(std::size(fuzz::kTargets)); ++t) {
         const QString name = QLatin1String(fuzz::kTargets[t].name);
-        QList<QFileInfo> files = QDir(corpus.filePath(name)).entryInfoList(QDir::Files);
+        // The development starts from what the decoder's seeds decode to.
+        const QString seeds =
+            name == QLatin1String("rawdevelop") ? QStringLiteral("rawdecode") : name;
+        QList<QFileInfo> files = QDir(corpus.filePath(seeds)).entryInfoList(QDir::Files);
         // The reproducers are files: they go in where a file goes in.
         if (name == QLatin1String("reader") || name == QLatin1String("report"))
             files += data.entryInfoList({QStringLiteral("*.dng")}, QDir::Files);
-        if (name == QLatin1String("rawdecode"))
+        if (seeds == QLatin1String("rawdecode"))
             files += data.entryInfoList({QStringLiteral("raw-*.dng")}, QDir::Files);
         for (const QFileInfo &file : files) {
             QTest::addRow("%s %s", qPrintable(name), qPrintable(file.fileName()))
