@@ -9,6 +9,8 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace raw {
@@ -17,11 +19,27 @@ namespace raw {
 // Full: one pixel per sensor pixel, demosaiced.
 enum class TSize { Half, Full };
 
+// An allocator that leaves new elements uninitialised: a picture's bytes are
+// all written by the threads that develop it, each touching its own pages
+// first, instead of being zeroed by one thread before.
+template <typename T> struct TUninitialized : std::allocator<T> {
+    template <typename U> struct rebind {
+        using other = TUninitialized<U>;
+    };
+    TUninitialized() = default;
+    template <typename U> TUninitialized(const TUninitialized<U> &) {}
+    template <typename U> void construct(U *p) { ::new (static_cast<void *>(p)) U; }
+    template <typename U, typename... A> void construct(U *p, A &&...args)
+    {
+        ::new (static_cast<void *>(p)) U(std::forward<A>(args)...);
+    }
+};
+
 // An sRGB picture, upright: rows of 3 * width samples (R, G, B), 8 bits as
 // uint8_t or 16 bits as uint16_t in the machine's byte order.
 struct TPicture {
     int width = 0, height = 0, bits = 8;
-    std::vector<uint8_t> data;
+    std::vector<uint8_t, TUninitialized<uint8_t>> data;
 
     bool isNull() const { return width <= 0 || height <= 0 || data.empty(); }
     std::size_t bytesPerSample() const { return bits > 8 ? 2 : 1; }
