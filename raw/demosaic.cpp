@@ -15,14 +15,6 @@ bool isBayer(const std::array<uint8_t, 4> &p)
     return greensOnDiagonal && std::all_of(p.begin(), p.end(), [](uint8_t c) { return c <= Blue; });
 }
 
-// On x86-64 the loops are compiled twice, for the baseline and for AVX2 with
-// FMA; the loader picks the one the processor runs.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && defined(__linux__)
-#define TOLVIK_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v3", "default")))
-#else
-#define TOLVIK_VECTOR_CLONES
-#endif
-
 namespace {
 
 constexpr float kEps = 1e-5f;

@@ -8,6 +8,14 @@
 #include <cstdint>
 #include <vector>
 
+// On x86-64 a function marked so is compiled twice, for the baseline and for
+// AVX2 with FMA; the loader picks the one the processor runs.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && defined(__linux__)
+#define TOLVIK_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v3", "default")))
+#else
+#define TOLVIK_VECTOR_CLONES
+#endif
+
 namespace raw {
 
 // A tile of w x h samples, row by row, with the filter colour of sample

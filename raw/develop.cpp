@@ -49,6 +49,15 @@ int reflect(int v, int low, int high)
     return low + (r < n ? r : period - r);
 }
 
+// (raw - black) * gain, clipped to [0, 1], for n samples.
+TOLVIK_VECTOR_CLONES
+void scale(const uint16_t *__restrict src, const float *__restrict black,
+           const float *__restrict gain, float *__restrict out, int n)
+{
+    for (int i = 0; i < n; ++i)
+        out[i] = std::min(std::max((float(src[i]) - black[i]) * gain[i], 0.0f), 1.0f);
+}
+
 // Maps stored raw values to [0, 1] and balances them: (raw - black) /
 // (white - black) * balance of the sample's colour, clipped to [0, 1].
 class TNormalizer {
@@ -120,13 +129,6 @@ public:
     }
 
 private:
-    static void scale(const uint16_t *__restrict src, const float *__restrict black,
-                      const float *__restrict gain, float *__restrict out, int n)
-    {
-        for (int i = 0; i < n; ++i)
-            out[i] = std::min(std::max((float(src[i]) - black[i]) * gain[i], 0.0f), 1.0f);
-    }
-
     const TRawImage &m_raw;
     const TRawInfo &m_info;
     bool m_linear;
@@ -136,6 +138,19 @@ private:
     std::vector<float> m_gain;
     std::vector<float> m_black;
 };
+
+// The index into the transfer curve of one channel's linear sRGB, the
+// matrix's row m applied to balanced camera values.
+TOLVIK_VECTOR_CLONES
+void curveIndex(const float *__restrict m, const float *__restrict r, const float *__restrict g,
+                const float *__restrict b, int *__restrict index, int n)
+{
+    constexpr float steps = kCurveSteps;
+    for (int i = 0; i < n; ++i) {
+        const float v = m[0] * r[i] + m[1] * g[i] + m[2] * b[i];
+        index[i] = int(std::min(std::max(v, 0.0f), 1.0f) * steps + 0.5f);
+    }
+}
 
 // Writes developed pixels into the upright picture.
 class TWriter {
@@ -187,17 +202,6 @@ private:
                 p[1] = curve[index[1][i]];
                 p[2] = curve[index[2][i]];
             }
-        }
-    }
-
-    static void curveIndex(const float *__restrict m, const float *__restrict r,
-                           const float *__restrict g, const float *__restrict b,
-                           int *__restrict index, int n)
-    {
-        constexpr float steps = kCurveSteps;
-        for (int i = 0; i < n; ++i) {
-            const float v = m[0] * r[i] + m[1] * g[i] + m[2] * b[i];
-            index[i] = int(std::min(std::max(v, 0.0f), 1.0f) * steps + 0.5f);
         }
     }
 
