@@ -12,6 +12,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QThreadPool>
 #include <QtTest>
 
 #include <cmath>
@@ -480,6 +481,12 @@ void TestDevelop::refusesAndCancels()
     TRawImage raw = frame(600, 400);
     raw.info.colorMatrix1 = matrix(kCmD65);
     QVERIFY(!develop(raw, {TSize::Full, 8, 0, nullptr}).isNull());
+    // From the only thread of a pool, as the window's workers call it.
+    QThreadPool pool;
+    pool.setMaxThreadCount(1);
+    bool developed = false;
+    pool.start([&] { developed = !develop(raw, {TSize::Full, 8, 0, nullptr}).isNull(); });
+    QVERIFY(pool.waitForDone(60000) && developed);
     std::atomic<bool> cancel{true};
     QVERIFY(develop(raw, {TSize::Full, 8, 0, &cancel}).isNull());
     QVERIFY(develop(raw, {TSize::Half, 16, 1, &cancel}).isNull());
