@@ -37,8 +37,11 @@
 #include <vector>
 
 #ifdef TOLVIK_INFO_DRAWS
+#include "documents/framefile.h"
 #include "documents/tcontactsheet.h"
 #include "documents/treport.h"
+#include "raw/decode.h"
+#include "raw/develop.h"
 
 #include <QGuiApplication>
 #endif
@@ -53,6 +56,8 @@ constexpr char kUsage[] =
     "  or:  tolvik-info [--json | --csv] [-j N] --raw-stats FILE|FOLDER...\n"
     "  or:  tolvik-info [--exact] --report OUT.pdf FILE\n"
     "  or:  tolvik-info --contact-sheet OUT.pdf FILE|FOLDER...\n"
+    "  or:  tolvik-info [--half] --render OUT.jpg|OUT.png|OUT.tif FILE\n"
+    "  or:  tolvik-info [--half] [--format jpg|png|tif] --render OUTFOLDER FILE|FOLDER...\n"
     "  or:  tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "  or:  tolvik-info [--json] [-j N] --sensor-check FILE|FOLDER...\n"
     "\n"
@@ -86,6 +91,16 @@ constexpr char kUsage[] =
     "  --contact-sheet OUT.pdf\n"
     "               write a contact sheet of the files: 20 previews a page, each with\n"
     "               its name and exact values\n"
+    "  --render OUT\n"
+    "               develop the raw picture of each file (black and white levels, the\n"
+    "               camera's white balance and colour matrices, sRGB; no tone curve, no\n"
+    "               sharpening) and write it upright and cropped: OUT's extension picks\n"
+    "               JPEG (.jpg), 8-bit PNG (.png) or 16-bit TIFF (.tif); with several files\n"
+    "               or a folder OUT is a folder and each frame is written there under its\n"
+    "               base name\n"
+    "  --half       with --render: half size, one pixel per 2 x 2 cell of the sensor\n"
+    "  --format jpg|png|tif\n"
+    "               with --render to a folder: the files' format (default jpg)\n"
     "  --sony-makernote OFFSET\n"
     "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
     "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
@@ -100,7 +115,8 @@ constexpr char kUsage[] =
     "Exit status:\n"
     "  0  every file was accepted whole and every output written\n"
     "  1  a file was rejected or ends before its data (its values are still\n"
-    "     given), or the OFFSET lies outside the file\n"
+    "     given), a raw picture could not be developed, or the OFFSET lies\n"
+    "     outside the file\n"
     "  2  usage error, or an output that cannot or must not be written: one of\n"
     "     the files read, an existing file that is not a PDF, a folder that is\n"
     "     missing or read-only (all checked before any file is read), or a write\n"
@@ -129,6 +145,9 @@ struct TOptions {
     bool rawStats = false;    // --raw-stats: the exposure figures of the raw data
     QString reportPath;       // --report: the PDF of one file
     QString contactSheetPath; // --contact-sheet: the PDF of every file
+    QString renderPath;       // --render: the developed frame, or a folder of them
+    QString renderFormat;     // --format: the frames' format in a folder
+    bool half = false;        // --half: half-size frames
     QString sonyOffset;       // --sony-makernote: where the Sony directory lies
     bool sensorCheck = false; // --sensor-check: defects and spots across the frames
     QStringList paths;
@@ -143,6 +162,7 @@ enum TMode : unsigned {
     SonyMakerNote = 16,
     SensorCheck = 32,
     RawStats = 64,
+    Render = 128,
 };
 
 struct TModeOption {
@@ -157,14 +177,17 @@ constexpr TModeOption kModeOptions[] = {
     {"--sony-makernote", SonyMakerNote},
     {"--sensor-check", SensorCheck},
     {"--raw-stats", RawStats},
+    {"--render", Render},
     {"--json", Rows | Stats | SonyMakerNote | SensorCheck | RawStats},
     {"--csv", Rows | Stats | SonyMakerNote | RawStats},
     {"--exact", Rows | Report},
     {"--all", Rows | SonyMakerNote},
     {"--preflight", Rows},
     {"-j", Rows | Stats | ContactSheet | SensorCheck | RawStats},
+    {"--half", Render},
+    {"--format", Render},
 };
-constexpr int kModeChoosers = 6;
+constexpr int kModeChoosers = 7;
 
 TMode modeOf(const TOptions &options)
 {
@@ -178,6 +201,8 @@ TMode modeOf(const TOptions &options)
         return ContactSheet;
     if (options.sensorCheck)
         return SensorCheck;
+    if (!options.renderPath.isEmpty())
+        return Render;
     return options.sonyOffset.isEmpty() ? Rows : SonyMakerNote;
 }
 
@@ -255,6 +280,16 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.contactSheetPath = value(arg.size());
             if (options.contactSheetPath.isEmpty())
                 return QStringLiteral("--contact-sheet needs the path of the PDF");
+        } else if (arg == QLatin1String("--render")) {
+            options.renderPath = value(arg.size());
+            if (options.renderPath.isEmpty())
+                return QStringLiteral("--render needs the path of the picture or folder");
+        } else if (arg == QLatin1String("--half")) {
+            options.half = true;
+        } else if (arg == QLatin1String("--format")) {
+            options.renderFormat = value(arg.size());
+            if (!QStringList{"jpg", "png", "tif"}.contains(options.renderFormat))
+                return QStringLiteral("--format takes jpg, png or tif");
         } else if (arg == QLatin1String("--sony-makernote")) {
             options.sonyOffset = value(arg.size());
             if (options.sonyOffset.isEmpty())
@@ -376,6 +411,94 @@ int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
     }
     return 0;
 }
+
+// Where each file's frame is written, checked before any file is read: OUT
+// itself for one file named, else OUT/<base name>.<format>. An empty text,
+// or why they cannot be written (a usage error or a refused destination).
+QString renderTargets(const TOptions &options, const QStringList &files, QStringList &targets,
+                      TOutputKind &kind)
+{
+    const bool single = files.size() == 1 && options.paths.size() == 1 &&
+                        !QFileInfo(options.paths.first()).isDir();
+    if (single) {
+        if (!options.renderFormat.isEmpty())
+            return QStringLiteral("--format is for --render to a folder; the extension of %1 "
+                                  "picks the format")
+                .arg(options.renderPath);
+        if (!frameKindOf(options.renderPath, &kind))
+            return QStringLiteral("--render: %1 does not end in .jpg, .png or .tif")
+                .arg(options.renderPath);
+        targets = {options.renderPath};
+    } else {
+        if (!QFileInfo(options.renderPath).isDir())
+            return writeFailure(options.renderPath,
+                                QStringLiteral("is not a folder (several frames go into one)"));
+        const QString format =
+            options.renderFormat.isEmpty() ? QStringLiteral("jpg") : options.renderFormat;
+        frameKindOf(QStringLiteral("x.") + format, &kind);
+        const QDir folder(options.renderPath);
+        for (const QString &file : files) {
+            const QString target =
+                folder.filePath(QFileInfo(file).completeBaseName() + QLatin1Char('.') + format);
+            if (targets.contains(target))
+                return writeFailure(target, QStringLiteral("would be written for two files"));
+            targets.append(target);
+        }
+    }
+    for (const QString &target : targets) {
+        if (const QString refusal = outputRefusal(target, kind, files); !refusal.isEmpty())
+            return refusal;
+    }
+    return QString();
+}
+
+// Develops one file's raw picture into target: 0 written, 1 the file cannot
+// be developed, 2 the frame cannot be written.
+int renderFrame(const QString &file, const QString &target, TOutputKind kind, bool half)
+{
+    TM9File m9(file);
+    if (!m9.processFile()) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(file), qPrintable(fileError(m9, false)));
+        return 1;
+    }
+    raw::TPicture picture;
+    {
+        const raw::TDecodeResult decoded = raw::decodeFile(file);
+        if (!decoded.ok()) {
+            std::fprintf(stderr, "%s: %s\n", qPrintable(file), qPrintable(decoded.error));
+            return 1;
+        }
+        raw::TDevelopOptions develop;
+        develop.size = half ? raw::TSize::Half : raw::TSize::Full;
+        develop.bits = frameBits(kind);
+        picture = raw::develop(decoded.image, develop);
+    } // the raw picture is let go before the frame is written
+    if (picture.isNull()) {
+        std::fprintf(stderr, "%s: the raw picture could not be developed\n", qPrintable(file));
+        return 1;
+    }
+    if (const QString failure = writeFrame(picture, target, kind); !failure.isEmpty()) {
+        std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(failure));
+        return 2;
+    }
+    return 0;
+}
+
+// --render: every file's developed frame, one after the other (each
+// development uses every core); the worst status of them.
+int renderFrames(const TOptions &options, const QStringList &files)
+{
+    QStringList targets;
+    TOutputKind kind = TOutputKind::Jpeg;
+    if (const QString problem = renderTargets(options, files, targets, kind); !problem.isEmpty()) {
+        std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(problem));
+        return 2;
+    }
+    int status = 0;
+    for (qsizetype i = 0; i < files.size(); ++i)
+        status = std::max(status, renderFrame(files[i], targets[i], kind, options.half));
+    return status;
+}
 #else
 // The drawing half: beside tolvik-info in the build, in the folder of library
 // programs when installed.
@@ -426,8 +549,9 @@ int main(int argc, char *argv[])
 
     // Only the report and the contact sheet draw (fonts, pictures, PDF): they
     // need a GUI application, not a display. Reading and printing values needs neither.
-    [[maybe_unused]] const bool drawing =
-        !options.reportPath.isEmpty() || !options.contactSheetPath.isEmpty();
+    [[maybe_unused]] const bool drawing = !options.reportPath.isEmpty() ||
+                                          !options.contactSheetPath.isEmpty() ||
+                                          !options.renderPath.isEmpty();
 #ifdef TOLVIK_INFO_DRAWS
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -457,7 +581,7 @@ int main(int argc, char *argv[])
     // The files are found (not read) first, so that a destination that is one
     // of them, or any file that is not a PDF, is refused before the reading.
     const QStringList files = filesToRead(options.paths);
-    if (drawing) {
+    if (drawing && options.renderPath.isEmpty()) {
         const QString pdf =
             options.reportPath.isEmpty() ? options.contactSheetPath : options.reportPath;
         if (const QString refusal = outputRefusal(pdf, TOutputKind::Pdf, files);
@@ -470,6 +594,8 @@ int main(int argc, char *argv[])
     if (!options.reportPath.isEmpty())
         return writeReport(options.reportPath, files.first(),
                            options.rows.exact ? TValueStyle::Exact : TValueStyle::Specified);
+    if (!options.renderPath.isEmpty())
+        return renderFrames(options, files);
 #else
     if (drawing)
         return handOverDrawing(argv);

@@ -6,6 +6,9 @@
 // exit status 1, so that the file manager falls back to its own icon.
 
 #include "card/safewrite.h"
+#include "raw/decode.h"
+#include "raw/develop.h"
+#include "raw/frameimage.h"
 #include "rawfile/tm9file.h"
 #include "rawfile/upright.h"
 
@@ -16,6 +19,7 @@
 #include <QImageWriter>
 #include <QUrl>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -32,7 +36,8 @@ void describe(QCommandLineParser &parser, const QCommandLineOption &size)
     parser.setApplicationDescription(QStringLiteral(
         "Writes the embedded preview of a Leica M9 or M Monochrom DNG file, turned upright by its "
         "orientation and no larger than SIZE pixels on either side, as a PNG: the thumbnail the "
-        "file manager shows (/usr/share/thumbnailers/tolvik.thumbnailer).\n"
+        "file manager shows (/usr/share/thumbnailers/tolvik.thumbnailer). A SIZE larger than the "
+        "preview gets the frame itself, developed from the raw picture at half size.\n"
         "A file that is not an M9 or M Monochrom DNG, or has no preview, gets no OUTPUT; "
         "nor does an OUTPUT that is the INPUT or an existing file other than a PNG. The PNG "
         "replaces OUTPUT only when it is complete.\n"
@@ -61,6 +66,18 @@ void keepOwnMessages(QtMsgType type, const QMessageLogContext &, const QString &
 {
     if (type == QtFatalMsg)
         std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+// The raw picture developed at half size (one pixel per 2 x 2 cell); null
+// when it cannot be.
+QImage halfSizeFrame(const QString &path)
+{
+    const raw::TDecodeResult decoded = raw::decodeFile(path);
+    if (!decoded.ok())
+        return {};
+    raw::TDevelopOptions options;
+    options.size = raw::TSize::Half;
+    return raw::frameImage(raw::develop(decoded.image, options));
 }
 
 QString localPath(const QString &argument)
@@ -119,6 +136,12 @@ int main(int argc, char *argv[])
         return 1;
     }
     QImage picture = turnedByOrientation(file.previewPicture(), file.exif().orientation);
+    // Larger than the embedded preview: the frame itself, developed at half
+    // size (already upright).
+    if (size > std::max(picture.width(), picture.height())) {
+        if (QImage developed = halfSizeFrame(input); !developed.isNull())
+            picture = std::move(developed);
+    }
     if (picture.isNull()) {
         std::fprintf(stderr, "%s: no preview picture\n", qPrintable(input));
         return 1;

@@ -1,0 +1,439 @@
+#include "tframeview.h"
+
+#include "raw/decode.h"
+#include "raw/develop.h"
+#include "raw/frameimage.h"
+
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QThreadPool>
+#include <QWheelEvent>
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// The fitted view draws from a copy this large on its longer side: painting
+// an 18-megapixel picture scaled down on every repaint would stall the window.
+constexpr int kOverviewSide = 1600;
+// Zoom steps of the wheel, and how far in and out it goes.
+constexpr double kWheelStep = 1.25;
+constexpr double kMostZoom = 16.0;
+// A press that moves less than this is a click (100 %), not a drag.
+constexpr int kClickSlop = 4;
+constexpr int kReadoutHeight = 22;
+
+QImage shownForm(const raw::TPicture &picture)
+{
+    return raw::frameImage(picture).convertToFormat(QImage::Format_RGB32);
+}
+
+QString rawCellText(const raw::TRawImage &raw, QPoint stored)
+{
+    const raw::TRawInfo &info = raw.info;
+    const int x = stored.x() & ~1, y = stored.y() & ~1;
+    if (x < 0 || y < 0 || x + 1 >= info.width || y + 1 >= info.height)
+        return {};
+    static constexpr char kColours[] = {'R', 'G', 'B'};
+    QStringList values;
+    for (int dy = 0; dy < 2; ++dy) {
+        for (int dx = 0; dx < 2; ++dx) {
+            const QString value = QString::number(raw.at(x + dx, y + dy));
+            values.append(info.layout == raw::TLayout::Cfa
+                              ? QStringLiteral("%1 %2").arg(
+                                    QLatin1Char(kColours[info.colourAt(x + dx, y + dy) % 3]), value)
+                              : value);
+        }
+    }
+    return QStringLiteral("raw %1 at %2, %3").arg(values.join(QStringLiteral(" · "))).arg(x).arg(y);
+}
+
+} // namespace
+
+TFrameView::TFrameView(TNeighbour neighbour, QWidget *parent)
+    : QWidget(parent), m_neighbour(std::move(neighbour))
+{
+    setWindowFlag(Qt::Window);
+    setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMinimumSize(320, 240);
+    resize(1200, 820);
+    m_guard->view = this;
+}
+
+TFrameView::~TFrameView()
+{
+    // The developments end at their next strip or tile and post nothing
+    // more; the view does not wait for them (a file on a hung share).
+    for (const auto &frame : std::as_const(m_frames))
+        *frame->cancel = true;
+    const std::lock_guard lock(m_guard->mutex);
+    m_guard->view = nullptr;
+}
+
+void TFrameView::showFrame(const QString &path)
+{
+    m_path = path;
+    setWindowTitle(QFileInfo(path).fileName() + QStringLiteral(" \u2013 Tolvik"));
+    keepAround(path);
+    if (m_fitted)
+        fit();
+    clampOffset();
+    update();
+}
+
+// The shown frame and its neighbours stay; every other frame is let go.
+void TFrameView::keepAround(const QString &path)
+{
+    QStringList wanted{path};
+    const TFrame *shown = m_frames.value(path).get();
+    const bool ready = shown && (!shown->full.isNull() || !shown->error.isEmpty());
+    // Ahead only once the shown frame is ready: it comes first.
+    if (ready) {
+        for (const int direction : {+1, -1}) {
+            const QString next = m_neighbour ? m_neighbour(path, direction) : QString();
+            if (!next.isEmpty())
+                wanted.append(next);
+        }
+    }
+    for (auto frame = m_frames.begin(); frame != m_frames.end();) {
+        if (wanted.contains(frame.key())) {
+            ++frame;
+        } else {
+            *frame.value()->cancel = true;
+            frame = m_frames.erase(frame);
+        }
+    }
+    for (const QString &file : std::as_const(wanted)) {
+        if (!m_frames.contains(file))
+            develop(file);
+    }
+}
+
+// Decodes and develops a frame on the thread pool: the half-size picture
+// first, then the full size; each is posted to the view as it is made.
+void TFrameView::develop(const QString &path)
+{
+    auto frame = std::make_shared<TFrame>();
+    m_frames.insert(path, frame);
+    const std::shared_ptr<std::atomic<bool>> cancel = frame->cancel;
+    const auto post = [guard = m_guard, path, cancel](auto apply) {
+        const std::lock_guard lock(guard->mutex);
+        TFrameView *view = guard->view;
+        if (!view)
+            return;
+        QMetaObject::invokeMethod(
+            view,
+            [view, path, cancel, apply] { view->received(path, cancel, apply); },
+            Qt::QueuedConnection);
+    };
+    QThreadPool::globalInstance()->start([path, cancel, post] {
+        raw::TDecodeResult decoded = raw::decodeFile(path, cancel.get());
+        if (*cancel)
+            return;
+        if (!decoded.ok()) {
+            post([error = decoded.error](TFrame &f) { f.error = error; });
+            return;
+        }
+        const auto rawImage = std::make_shared<const raw::TRawImage>(std::move(decoded.image));
+        raw::TDevelopOptions options;
+        options.cancel = cancel.get();
+        options.size = raw::TSize::Half;
+        const QImage half = shownForm(raw::develop(*rawImage, options));
+        if (*cancel)
+            return;
+        if (half.isNull()) {
+            post([](TFrame &f) { f.error = tr("The raw picture could not be developed."); });
+            return;
+        }
+        const QImage overview =
+            half.width() > kOverviewSide || half.height() > kOverviewSide
+                ? half.scaled(kOverviewSide, kOverviewSide, Qt::KeepAspectRatio,
+                              Qt::SmoothTransformation)
+                : half;
+        post([rawImage, half, overview](TFrame &f) {
+            f.raw = rawImage;
+            f.half = half;
+            f.overview = overview;
+        });
+        options.size = raw::TSize::Full;
+        const QImage full = shownForm(raw::develop(*rawImage, options));
+        if (!*cancel && !full.isNull())
+            post([full](TFrame &f) { f.full = full; });
+    });
+}
+
+// On the window's thread: a development's result for path, unless the
+// frame was let go meanwhile.
+void TFrameView::received(const QString &path, const std::shared_ptr<std::atomic<bool>> &cancel,
+                          const std::function<void(TFrame &)> &apply)
+{
+    const std::shared_ptr<TFrame> target = m_frames.value(path);
+    if (!target || target->cancel != cancel)
+        return;
+    apply(*target);
+    if (path != m_path)
+        return;
+    if (m_fitted)
+        fit();
+    update();
+    keepAround(m_path); // ahead, now that the shown frame is ready
+}
+
+const TFrameView::TFrame *TFrameView::current() const
+{
+    return m_frames.value(m_path).get();
+}
+
+QSize TFrameView::frameSize() const
+{
+    const TFrame *frame = current();
+    if (!frame || !frame->raw)
+        return {};
+    const raw::TGeometry geometry = raw::geometryOf(frame->raw->info, raw::TSize::Full);
+    return {geometry.uprightWidth(), geometry.uprightHeight()};
+}
+
+bool TFrameView::showsFullSize() const
+{
+    const TFrame *frame = current();
+    return frame && !frame->full.isNull();
+}
+
+QString TFrameView::error() const
+{
+    const TFrame *frame = current();
+    return frame ? frame->error : QString();
+}
+
+// The picture to draw from at the present zoom: the full size when it is in
+// and shown at half its size or more, else the half size, else the overview.
+QImage TFrameView::shownImage(double *pixelsPerImagePixel) const
+{
+    const TFrame *frame = current();
+    const QSize size = frameSize();
+    if (!frame || size.isEmpty())
+        return {};
+    for (const QImage *image : {&frame->full, &frame->half, &frame->overview}) {
+        if (image->isNull())
+            continue;
+        const double perPixel = double(size.width()) / image->width();
+        if (m_scale * perPixel >= 0.5 || image == &frame->overview) {
+            *pixelsPerImagePixel = perPixel;
+            return *image;
+        }
+    }
+    return {};
+}
+
+QRect TFrameView::readoutBar() const
+{
+    return QRect(0, height() - kReadoutHeight, width(), kReadoutHeight);
+}
+
+void TFrameView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), QColor(0x20, 0x20, 0x20));
+    double perPixel = 1;
+    const QImage image = shownImage(&perPixel);
+    if (image.isNull()) {
+        painter.setPen(Qt::lightGray);
+        painter.drawText(rect(), Qt::AlignCenter,
+                         error().isEmpty() ? tr("Developing %1 \u2026")
+                                                 .arg(QFileInfo(m_path).fileName())
+                                           : QFileInfo(m_path).fileName() + QStringLiteral(": ") +
+                                                 error());
+    } else {
+        // Only the part in the window is drawn, smoothly when scaled down,
+        // as pixels when enlarged.
+        const double scale = m_scale * perPixel; // screen pixels per image pixel
+        const QRectF picture(m_offset, QSizeF(image.width() * scale, image.height() * scale));
+        const QRectF visible = picture.intersected(QRectF(rect()));
+        if (!visible.isEmpty()) {
+            const QRectF source((visible.left() - m_offset.x()) / scale,
+                                (visible.top() - m_offset.y()) / scale, visible.width() / scale,
+                                visible.height() / scale);
+            painter.setRenderHint(QPainter::SmoothPixmapTransform, scale < 1.0);
+            painter.drawImage(visible, image, source);
+        }
+    }
+    const QRect bar = readoutBar();
+    painter.fillRect(bar, QColor(0, 0, 0, 170));
+    painter.setPen(Qt::white);
+    const QString readout = rect().contains(m_mouse) ? readoutAt(m_mouse) : QString();
+    const QString zoom = QStringLiteral("%1 %").arg(qRound(m_scale * 100));
+    painter.drawText(bar.adjusted(8, 0, -8, 0), Qt::AlignVCenter | Qt::AlignLeft, readout);
+    painter.drawText(bar.adjusted(8, 0, -8, 0), Qt::AlignVCenter | Qt::AlignRight,
+                     showsFullSize() ? zoom : zoom + QStringLiteral(" \u00b7 half size"));
+}
+
+QPointF TFrameView::toPicture(QPointF widgetPoint) const
+{
+    return (widgetPoint - m_offset) / m_scale;
+}
+
+QString TFrameView::readoutAt(QPoint widgetPoint) const
+{
+    const TFrame *frame = current();
+    const QSize size = frameSize();
+    const QPointF at = toPicture(widgetPoint);
+    if (!frame || size.isEmpty() || at.x() < 0 || at.y() < 0 || at.x() >= size.width() ||
+        at.y() >= size.height())
+        return {};
+    const QPoint pixel(int(at.x()), int(at.y()));
+    // The developed values of the best picture in, and the sensor's values.
+    const bool full = !frame->full.isNull();
+    const QImage &image = full ? frame->full : frame->half;
+    const QPoint inImage = full ? pixel : pixel / 2;
+    QString text = QStringLiteral("%1, %2").arg(pixel.x()).arg(pixel.y());
+    if (image.valid(inImage)) {
+        const QRgb rgb = image.pixel(inImage);
+        text += QStringLiteral("   R %1  G %2  B %3").arg(qRed(rgb)).arg(qGreen(rgb)).arg(qBlue(rgb));
+    }
+    const QString cell =
+        rawCellText(*frame->raw, raw::rawPositionOf(frame->raw->info, raw::TSize::Full, pixel));
+    return cell.isEmpty() ? text : text + QStringLiteral("   ") + cell;
+}
+
+void TFrameView::fit()
+{
+    const QSize size = frameSize();
+    if (size.isEmpty())
+        return;
+    const QSizeF room(width(), height() - kReadoutHeight);
+    m_scale = std::min(room.width() / size.width(), room.height() / size.height());
+    m_offset = QPointF((room.width() - size.width() * m_scale) / 2,
+                       (room.height() - size.height() * m_scale) / 2);
+    m_fitted = true;
+}
+
+void TFrameView::zoomAround(QPointF widgetPoint, double scale)
+{
+    const QPointF at = toPicture(widgetPoint);
+    m_scale = scale;
+    m_offset = widgetPoint - at * m_scale;
+    m_fitted = false;
+    clampOffset();
+    update();
+}
+
+// Keeps the picture in the window: centred where it is smaller, with no
+// empty border where it is larger.
+void TFrameView::clampOffset()
+{
+    const QSize size = frameSize();
+    if (size.isEmpty() || m_fitted)
+        return;
+    const QSizeF room(width(), height() - kReadoutHeight);
+    const QSizeF shown(size.width() * m_scale, size.height() * m_scale);
+    const auto clamp = [](double offset, double shown, double room) {
+        return shown <= room ? (room - shown) / 2 : std::clamp(offset, room - shown, 0.0);
+    };
+    m_offset = QPointF(clamp(m_offset.x(), shown.width(), room.width()),
+                       clamp(m_offset.y(), shown.height(), room.height()));
+}
+
+void TFrameView::resizeEvent(QResizeEvent *)
+{
+    if (m_fitted)
+        fit();
+    clampOffset();
+}
+
+void TFrameView::wheelEvent(QWheelEvent *event)
+{
+    const double steps = event->angleDelta().y() / 120.0;
+    if (steps == 0 || frameSize().isEmpty())
+        return;
+    const QSize size = frameSize();
+    const double fitted = std::min(double(width()) / size.width(),
+                                   double(height() - kReadoutHeight) / size.height());
+    const double scale =
+        std::clamp(m_scale * std::pow(kWheelStep, steps), std::min(fitted, 1.0) / 2, kMostZoom);
+    zoomAround(event->position(), scale);
+}
+
+void TFrameView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_pressedAt = event->pos();
+    m_offsetAtPress = m_offset;
+    m_dragged = false;
+}
+
+void TFrameView::mouseMoveEvent(QMouseEvent *event)
+{
+    m_mouse = event->pos();
+    if (event->buttons() & Qt::LeftButton) {
+        const QPoint moved = event->pos() - m_pressedAt;
+        m_dragged = m_dragged || moved.manhattanLength() > kClickSlop;
+        if (m_dragged && !m_fitted) {
+            m_offset = m_offsetAtPress + moved;
+            clampOffset();
+        }
+    }
+    update();
+}
+
+void TFrameView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || m_dragged)
+        return;
+    // A click: 100 % at the mouse, or back to the fitted view.
+    if (m_fitted || m_scale != 1.0)
+        zoomAround(event->position(), 1.0);
+    else {
+        fit();
+        update();
+    }
+}
+
+void TFrameView::leaveEvent(QEvent *)
+{
+    m_mouse = QPoint(-1, -1);
+    update();
+}
+
+void TFrameView::step(int direction)
+{
+    const QString next = m_neighbour ? m_neighbour(m_path, direction) : QString();
+    if (next.isEmpty())
+        return;
+    showFrame(next); // the zoom and position stay, so the same detail shows
+    emit stepped(next);
+}
+
+void TFrameView::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Z: {
+        const QPoint at = rect().contains(m_mouse) ? m_mouse : rect().center();
+        if (m_fitted || m_scale != 1.0) {
+            zoomAround(at, 1.0);
+        } else {
+            fit();
+            update();
+        }
+        break;
+    }
+    case Qt::Key_PageDown:
+    case Qt::Key_Right: step(+1); break;
+    case Qt::Key_PageUp:
+    case Qt::Key_Left: step(-1); break;
+    case Qt::Key_F11: isFullScreen() ? showNormal() : showFullScreen(); break;
+    case Qt::Key_Escape:
+        if (isFullScreen())
+            showNormal();
+        else
+            close();
+        break;
+    default: QWidget::keyPressEvent(event);
+    }
+}
