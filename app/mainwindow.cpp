@@ -10,6 +10,7 @@
 #include "rawfile/tm9file.h"
 #include "safeprint.h"
 #include "settingskeys.h"
+#include "tframeview.h"
 #include "tdlgpreferences.h"
 #include "tmygraphicspixmapitem.h"
 
@@ -445,10 +446,9 @@ void MainWindow::openFolder(const QString &path)
         cardWindow->setWindowFlag(Qt::Window);
         // Going through the card's rows browses it, as stepping does.
         connect(cardWindow, &TCardWindow::fileChosen, this, &MainWindow::showFile);
-        connect(cardWindow, &TCardWindow::fileActivated, this, [this] {
-            raise();
-            activateWindow();
-        });
+        // Enter or a double click on a row: the frame itself.
+        connect(cardWindow, &TCardWindow::fileActivated, this,
+                [this](const QString &path) { showFrameView(path); });
         // From here or from the card window's own Open Folder.
         connect(cardWindow, &TCardWindow::folderOpened, this,
                 [this](const QString &folder) { recentFiles.add(folder); });
@@ -488,6 +488,41 @@ void MainWindow::stepFile(int direction)
     const QString next = neighbourFile(currentFileName, direction);
     if (!next.isEmpty())
         showFile(next);
+}
+
+QString MainWindow::steppedFile(const QString &path, int direction) const
+{
+    if (cardWindow && cardWindow->isVisible()) {
+        const QString next = cardWindow->neighbourPath(path, direction);
+        if (!next.isEmpty() || cardWindow->holds(path))
+            return next;
+    }
+    return neighbourFile(path, direction);
+}
+
+void MainWindow::on_actionFrame_triggered()
+{
+    if (!currentFileName.isEmpty())
+        showFrameView(currentFileName);
+}
+
+void MainWindow::showFrameView(const QString &path)
+{
+    if (!frameView) {
+        frameView = new TFrameView(
+            [this](const QString &file, int direction) { return steppedFile(file, direction); },
+            this);
+        // The panel and the card's current row follow the frame shown.
+        connect(frameView, &TFrameView::stepped, this, [this](const QString &file) {
+            showFile(file);
+            if (cardWindow && cardWindow->isVisible())
+                cardWindow->selectPath(file);
+        });
+    }
+    frameView->showFrame(path);
+    frameView->show();
+    frameView->raise();
+    frameView->activateWindow();
 }
 
 void MainWindow::on_actionCopy_triggered()

@@ -22,6 +22,7 @@ class QContextMenuEvent;
 class QDragEnterEvent;
 class QDropEvent;
 class TCardWindow;
+class TFrameView;
 class QMenu;
 class TM9File;
 
@@ -79,6 +80,7 @@ private slots:
     void on_actionAbout_Tolvik_triggered();
     void on_actionCopy_triggered();
     void on_actionExact_Values_toggled(bool checked);
+    void on_actionFrame_triggered();
     void on_tbtnOpenClose_clicked();
     void onShowRGB(QPointF position, unsigned int rgb);
     void onShowRGBAus();
@@ -120,6 +122,12 @@ private:
     QString shownRows; // the panel's rows as the clipboard gets them
 
     TCardWindow *cardWindow = nullptr; // made on the first folder
+    TFrameView *frameView = nullptr;   // made when a frame is first shown
+
+    // The file before (-1) or after (+1) path in the order stepping goes: the
+    // card window's shown rows while it is open, else the folder's files.
+    QString steppedFile(const QString &path, int direction) const;
+    void showFrameView(const QString &path);
 
     // RGB distribution, summed over every file opened so far; the exact view
     // draws the shown file's alone.
