@@ -420,6 +420,40 @@ void TCardWindow::askPicturesAhead()
 
 // --- together with the main window ---
 
+// The shown row of path in the filter's order; -1 when it is not shown.
+int TCardWindow::shownRowOf(const QString &path) const
+{
+    const int row = m_model->rowOfPath(path);
+    return row < 0 ? -1 : m_filter->mapFromSource(m_model->index(row, 0)).row();
+}
+
+bool TCardWindow::holds(const QString &path) const
+{
+    return shownRowOf(path) >= 0;
+}
+
+QString TCardWindow::neighbourPath(const QString &path, int direction) const
+{
+    const int shown = shownRowOf(path);
+    if (shown < 0)
+        return {};
+    // Rejected rows have no frame to step to.
+    for (int row = shown + direction; row >= 0 && row < m_filter->rowCount(); row += direction) {
+        const QString next = pathAt(m_filter->index(row, 0));
+        if (!next.isEmpty())
+            return next;
+    }
+    return {};
+}
+
+void TCardWindow::selectPath(const QString &path)
+{
+    const int shown = shownRowOf(path);
+    if (shown >= 0)
+        ui->tableView->setCurrentIndex(
+            m_filter->index(shown, ui->tableView->currentIndex().column()));
+}
+
 QString TCardWindow::pathAt(const QModelIndex &index) const
 {
     if (!index.isValid())

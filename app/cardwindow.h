@@ -35,6 +35,11 @@ public:
     // Moves the current row by direction in the shown order; false when no row
     // is current. At either end nothing happens.
     bool stepRow(int direction);
+    // Whether path is a shown row; the accepted file before (-1) or after
+    // (+1) it in the shown order, empty at either end; making it current.
+    bool holds(const QString &path) const;
+    QString neighbourPath(const QString &path, int direction) const;
+    void selectPath(const QString &path);
 
     // Writes the shown rows in the shown order; an empty text, or why the
     // file was not written (refused, or the system's reason).
@@ -81,6 +86,7 @@ private:
     bool makeSheetPictures(TContactSheet &sheet);
     QStringList cardFiles() const; // every file of the card, to be kept from any output
     QString pathAt(const QModelIndex &index) const;
+    int shownRowOf(const QString &path) const;
 
     Ui::TCardWindow *ui;
     TCardModel *m_model;
