@@ -10,7 +10,6 @@
 #include <QPainter>
 #include <QThreadPool>
 #include <QWheelEvent>
-#include <QtConcurrent>
 
 #include <algorithm>
 #include <cmath>
@@ -44,8 +43,8 @@ QString rawCellText(const raw::TRawImage &raw, QPoint stored)
         for (int dx = 0; dx < 2; ++dx) {
             const QString value = QString::number(raw.at(x + dx, y + dy));
             values.append(info.layout == raw::TLayout::Cfa
-                              ? QStringLiteral("%1 %2").arg(
-                                    QLatin1Char(kColours[info.colourAt(x + dx, y + dy) % 3]), value)
+                              ? QString(QLatin1Char(kColours[info.colourAt(x + dx, y + dy) % 3])) +
+                                    QLatin1Char(' ') + value
                               : value);
         }
     }

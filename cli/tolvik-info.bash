@@ -20,6 +20,15 @@ _tolvik_info()
             # an offset in the file: nothing to offer
             return
             ;;
+        --render)
+            # a picture, or a folder for several
+            _filedir '@(jpg|png|tif)'
+            return
+            ;;
+        --format)
+            COMPREPLY=($(compgen -W "jpg png tif" -- "$cur"))
+            return
+            ;;
         -h | --help | --version)
             return
             ;;
@@ -27,7 +36,8 @@ _tolvik_info()
 
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W '--json --csv --stats --raw-stats --exact --all --preflight -j
-            --report --contact-sheet --sony-makernote --sensor-check --help --version' -- "$cur"))
+            --report --contact-sheet --sony-makernote --sensor-check --render --half --format
+            --help --version' -- "$cur"))
         return
     fi
 

@@ -2,10 +2,12 @@
 // status, messages.
 
 #include "card/dngfiles.h"
+#include "tests/support/rawgen.h"
 #include "tests/support/samplem9.h"
 #include "tests/support/sonybuilder.h"
 
 #include <QDir>
+#include <QImageReader>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -68,6 +70,8 @@ private Q_SLOTS:
     void neverOverAnInput_data();
     void neverOverAnInput();
     void fullDisk();
+    void render_data();
+    void render();
     void findings_data();
     void findings();
     void json();
@@ -229,6 +233,62 @@ void TestCli::fullDisk()
     const QString err = QString::fromUtf8(process.readAllStandardError());
     QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()), QStringLiteral("status 2\n"));
     QVERIFY2(err.contains(small.path() + "/r.pdf: No space left on device"), qPrintable(err));
+}
+
+void TestCli::render_data()
+{
+    QTest::addColumn<QStringList>("arguments"); // :a and :b the frames, :out the folder
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QStringList>("written"); // name: width x height
+    QTest::newRow("JPEG") << QStringList{"--render", ":out/a.jpg", ":a"} << 0
+                          << QStringList{"a.jpg: 582x396"};
+    QTest::newRow("half size, PNG") << QStringList{"--half", "--render", ":out/a.png", ":a"} << 0
+                                    << QStringList{"a.png: 291x198"};
+    QTest::newRow("16-bit TIFF") << QStringList{"--render", ":out/a.tif", ":a"} << 0
+                                 << QStringList{"a.tif: 16-bit TIFF"};
+    QTest::newRow("two files into a folder")
+        << QStringList{"--format", "png", "--render", ":out", ":a", ":b"} << 0
+        << QStringList{"A.png: 582x396", "B.png: 582x396"};
+    QTest::newRow("another camera: nothing")
+        << QStringList{"--render", ":out/c.jpg", ":other"} << 1 << QStringList{};
+    QTest::newRow("over the raw file: refused")
+        << QStringList{"--render", ":a", ":a"} << 2 << QStringList{};
+    QTest::newRow("unknown extension")
+        << QStringList{"--render", ":out/a.gif", ":a"} << 2 << QStringList{};
+}
+
+// --render develops each frame into a picture of the size its crop gives.
+void TestCli::render()
+{
+    QFETCH(QStringList, arguments);
+    fixture::TempFiles files;
+    fixture::RawOptions frame;
+    frame.width = 640;
+    frame.height = 440;
+    frame.scene = fixture::RawScene::Charts;
+    QVERIFY(fixture::writeRawDng(files.path("A.DNG"), frame));
+    QVERIFY(fixture::writeRawDng(files.path("B.DNG"), frame));
+    QVERIFY(QDir().mkpath(files.path("out")));
+    for (QString &a : arguments) {
+        a.replace(":out", files.path("out"));
+        a.replace(":a", files.path("A.DNG")).replace(":b", files.path("B.DNG"));
+        a.replace(":other", m_other);
+    }
+    const QByteArray raw = fileBytes(files.path("A.DNG"));
+    const Run run = tolvikInfo(arguments);
+    QTEST(run.status, "status");
+    QStringList written;
+    for (const QFileInfo &file : QDir(files.path("out")).entryInfoList(QDir::Files, QDir::Name)) {
+        // Qt reads no TIFF without a plugin: its header and its size.
+        const QSize size = QImageReader(file.filePath()).size();
+        const bool tiff =
+            fileBytes(file.filePath()).startsWith("II*") && file.size() > 582 * 396 * 6;
+        written.append(file.fileName() + QStringLiteral(": ") +
+                       (tiff ? QStringLiteral("16-bit TIFF")
+                             : QStringLiteral("%1x%2").arg(size.width()).arg(size.height())));
+    }
+    QTEST(written, "written");
+    QCOMPARE(fileBytes(files.path("A.DNG")), raw);
 }
 
 void TestCli::rows()
