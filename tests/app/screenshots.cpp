@@ -12,6 +12,8 @@
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
 #include "tbarchart.h"
+#include "tests/support/rawgen.h"
+#include "tframeview.h"
 #include "tests/support/samplem9.h"
 #include "tstatisticspane.h"
 
@@ -160,6 +162,46 @@ bool saveCard(const QString &folder, const QString &dir)
 
 } // namespace
 
+// The frame view on made-up full-size frames: fitted, at 100 % over the
+// charts, and a frame of a camera held upright.
+bool saveFrameViews(const QString &dir)
+{
+    QTemporaryDir frames;
+    fixture::RawOptions options;
+    const QString landscape = frames.filePath(QStringLiteral("L1000101.DNG"));
+    options.orientation = 8;
+    options.frame = 1;
+    options.scene = fixture::RawScene::Photo;
+    const QString portrait = frames.filePath(QStringLiteral("L1000102.DNG"));
+    if (!fixture::writeRawDng(portrait, options))
+        return false;
+    options = {};
+    if (!fixture::writeRawDng(landscape, options))
+        return false;
+    TFrameView view([&](const QString &path, int direction) {
+        return path == landscape && direction > 0 ? portrait : QString();
+    });
+    view.resize(1100, 760);
+    view.show();
+    if (!QTest::qWaitForWindowExposed(&view))
+        return false;
+    view.showFrame(landscape);
+    if (!QTest::qWaitFor([&] { return view.showsFullSize(); }, 60000))
+        return false;
+    const QPoint star(760, 470); // the Siemens star
+    QTest::mouseMove(&view, star);
+    if (!save(view, dir + QStringLiteral("frame-fitted.png")))
+        return false;
+    QTest::keyClick(&view, Qt::Key_Z);
+    if (!save(view, dir + QStringLiteral("frame-100.png")))
+        return false;
+    QTest::keyClick(&view, Qt::Key_Z);
+    QTest::keyClick(&view, Qt::Key_PageDown);
+    if (!QTest::qWaitFor([&] { return view.showsFullSize(); }, 60000))
+        return false;
+    return save(view, dir + QStringLiteral("frame-portrait.png"));
+}
+
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
@@ -216,7 +258,7 @@ int main(int argc, char *argv[])
     std::printf("%s\n", qPrintable(pdf));
 
     QTemporaryDir card;
-    if (!writeCard(card.path()) || !saveCard(card.path(), dir))
+    if (!writeCard(card.path()) || !saveCard(card.path(), dir) || !saveFrameViews(dir))
         return 1;
     return 0;
 }

@@ -791,6 +791,7 @@ QByteArray RawGenerator::dng() const
     sample.order = m_o.order;
     sample.model = m_o.monochrom ? "M Monochrom" : "M9 Digital Camera";
     sample.rawIfd = raw;
+    sample.orientation = m_o.orientation;
     QImage preview(320, 240, QImage::Format_RGB888);
     preview.fill(Qt::black);
     QPainter(&preview).drawImage(QRect(0, 13, 320, 213), m_scene);
