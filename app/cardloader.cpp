@@ -3,6 +3,7 @@
 #include "card/limits.h"
 #include "cardmodel.h"
 #include "rawfile/tm9file.h"
+#include "rawfile/upright.h"
 #include "workpool.h"
 
 #include <QFutureWatcher>
@@ -23,7 +24,8 @@ QImage cardPicture(const QString &path)
     TM9File file(path);
     if (!file.processFile())
         return {};
-    const QImage preview = file.previewPicture();
+    // Upright, as the frame view and the contact sheet show it.
+    const QImage preview = turnedByOrientation(file.previewPicture(), file.exif().orientation);
     return preview.isNull()
                ? preview
                : preview.scaledToHeight(TCardModel::kPictureHeight, Qt::SmoothTransformation);

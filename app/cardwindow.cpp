@@ -8,6 +8,7 @@
 #include "documents/tcontactsheet.h"
 #include "safeprint.h"
 #include "settingskeys.h"
+#include "tframeview.h"
 #include "tstatisticspane.h"
 #include "workpool.h"
 
@@ -43,6 +44,7 @@ constexpr int kDateTimeWidth = 140;
 constexpr int kLensWidth = 220;
 constexpr int kApertureWidth = 190; // "Aperture (camera's estimate)"
 constexpr int kStatisticsWidth = 380;
+constexpr int kFramePaneWidth = 420; // the selected frame, about a third of its side
 
 // The charts are counted again at most this often while rows arrive or the
 // filter changes: the first change starts the wait, later ones join it.
@@ -97,8 +99,16 @@ TCardWindow::TCardWindow(QWidget *parent)
     m_statisticsDue->setInterval(kStatisticsDelayMs);
     connect(m_statisticsDue, &QTimer::timeout, this, [this] { updateStatistics(); });
     connect(ui->statistics, &TStatisticsPane::barClicked, m_filter, &TCardFilter::toggleCondition);
+    // The selected row's frame, developed, between the table and the charts;
+    // its arrow keys step through the shown rows.
+    m_framePane = new TFrameView(
+        [this](const QString &path, int direction) { return neighbourPath(path, direction); });
+    m_framePane->setObjectName(QStringLiteral("framePane"));
+    connect(m_framePane, &TFrameView::stepped, this, &TCardWindow::selectPath);
+    ui->splitter->insertWidget(1, m_framePane);
     ui->splitter->setStretchFactor(0, 1);
-    ui->splitter->setSizes({width() - kStatisticsWidth, kStatisticsWidth});
+    ui->splitter->setSizes({width() - kStatisticsWidth - kFramePaneWidth, kFramePaneWidth,
+                            kStatisticsWidth});
 
     ui->progressBar->hide();
     ui->btnStop->hide();
@@ -471,6 +481,8 @@ void TCardWindow::onCurrentRowChanged(const QModelIndex &current)
     const TCardEntry &entry = m_model->entry(m_filter->mapToSource(current).row());
     if (entry.accepted()) {
         statusBar()->showMessage(entry.error); // a file cut short still says so
+        if (m_framePane->path() != entry.path)
+            m_framePane->showFrame(entry.path);
         emit fileChosen(entry.path);
         return;
     }

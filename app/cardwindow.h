@@ -15,6 +15,7 @@ class TCardFilter;
 class TCardLoader;
 class TCardModel;
 class TContactSheet;
+class TFrameView;
 enum class TCategory;
 
 namespace Ui {
@@ -93,6 +94,7 @@ private:
     TCardFilter *m_filter;
     TCardLoader *m_loader;
     QString m_folder;
+    TFrameView *m_framePane;  // the selected row's developed frame
     QTimer *m_statisticsDue; // counts again at most every so often while rows change
 };
 

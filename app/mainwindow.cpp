@@ -512,6 +512,8 @@ void MainWindow::showFrameView(const QString &path)
         frameView = new TFrameView(
             [this](const QString &file, int direction) { return steppedFile(file, direction); },
             this);
+        frameView->setWindowFlag(Qt::Window);
+        frameView->resize(1200, 820);
         // The panel and the card's current row follow the frame shown.
         connect(frameView, &TFrameView::stepped, this, [this](const QString &file) {
             showFile(file);

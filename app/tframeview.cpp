@@ -56,12 +56,10 @@ QString rawCellText(const raw::TRawImage &raw, QPoint stored)
 TFrameView::TFrameView(TNeighbour neighbour, QWidget *parent)
     : QWidget(parent), m_neighbour(std::move(neighbour))
 {
-    setWindowFlag(Qt::Window);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setMinimumSize(320, 240);
-    resize(1200, 820);
+    setMinimumSize(160, 120);
     m_guard->view = this;
 }
 
