@@ -107,8 +107,8 @@ TCardWindow::TCardWindow(QWidget *parent)
     connect(m_framePane, &TFrameView::stepped, this, &TCardWindow::selectPath);
     ui->splitter->insertWidget(1, m_framePane);
     ui->splitter->setStretchFactor(0, 1);
-    ui->splitter->setSizes({width() - kStatisticsWidth - kFramePaneWidth, kFramePaneWidth,
-                            kStatisticsWidth});
+    ui->splitter->setSizes(
+        {width() - kStatisticsWidth - kFramePaneWidth, kFramePaneWidth, kStatisticsWidth});
 
     ui->progressBar->hide();
     ui->btnStop->hide();

@@ -94,7 +94,7 @@ private:
     TCardFilter *m_filter;
     TCardLoader *m_loader;
     QString m_folder;
-    TFrameView *m_framePane;  // the selected row's developed frame
+    TFrameView *m_framePane; // the selected row's developed frame
     QTimer *m_statisticsDue; // counts again at most every so often while rows change
 };
 

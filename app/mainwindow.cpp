@@ -10,8 +10,8 @@
 #include "rawfile/tm9file.h"
 #include "safeprint.h"
 #include "settingskeys.h"
-#include "tframeview.h"
 #include "tdlgpreferences.h"
+#include "tframeview.h"
 #include "tmygraphicspixmapitem.h"
 
 #include <QBuffer>

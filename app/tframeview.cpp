@@ -3,6 +3,7 @@
 #include "raw/decode.h"
 #include "raw/develop.h"
 #include "raw/frameimage.h"
+#include "workpool.h"
 
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -112,7 +113,7 @@ void TFrameView::keepAround(const QString &path)
     }
 }
 
-// Decodes and develops a frame on the thread pool: the half-size picture
+// Decodes and develops a frame on the window's pool: the half-size picture
 // first, then the full size; each is posted to the view as it is made.
 void TFrameView::develop(const QString &path)
 {
@@ -125,11 +126,10 @@ void TFrameView::develop(const QString &path)
         if (!view)
             return;
         QMetaObject::invokeMethod(
-            view,
-            [view, path, cancel, apply] { view->received(path, cancel, apply); },
+            view, [view, path, cancel, apply] { view->received(path, cancel, apply); },
             Qt::QueuedConnection);
     };
-    QThreadPool::globalInstance()->start([path, cancel, post] {
+    workPool()->start([path, cancel, post] {
         raw::TDecodeResult decoded = raw::decodeFile(path, cancel.get());
         if (*cancel)
             return;
@@ -148,11 +148,10 @@ void TFrameView::develop(const QString &path)
             post([](TFrame &f) { f.error = tr("The raw picture could not be developed."); });
             return;
         }
-        const QImage overview =
-            half.width() > kOverviewSide || half.height() > kOverviewSide
-                ? half.scaled(kOverviewSide, kOverviewSide, Qt::KeepAspectRatio,
-                              Qt::SmoothTransformation)
-                : half;
+        const QImage overview = half.width() > kOverviewSide || half.height() > kOverviewSide
+                                    ? half.scaled(kOverviewSide, kOverviewSide, Qt::KeepAspectRatio,
+                                                  Qt::SmoothTransformation)
+                                    : half;
         post([rawImage, half, overview](TFrame &f) {
             f.raw = rawImage;
             f.half = half;
@@ -242,10 +241,9 @@ void TFrameView::paintEvent(QPaintEvent *)
     if (image.isNull()) {
         painter.setPen(Qt::lightGray);
         painter.drawText(rect(), Qt::AlignCenter,
-                         error().isEmpty() ? tr("Developing %1 \u2026")
-                                                 .arg(QFileInfo(m_path).fileName())
-                                           : QFileInfo(m_path).fileName() + QStringLiteral(": ") +
-                                                 error());
+                         error().isEmpty()
+                             ? tr("Developing %1 \u2026").arg(QFileInfo(m_path).fileName())
+                             : QFileInfo(m_path).fileName() + QStringLiteral(": ") + error());
     } else {
         // Only the part in the window is drawn, smoothly when scaled down,
         // as pixels when enlarged.
@@ -291,7 +289,8 @@ QString TFrameView::readoutAt(QPoint widgetPoint) const
     QString text = QStringLiteral("%1, %2").arg(pixel.x()).arg(pixel.y());
     if (image.valid(inImage)) {
         const QRgb rgb = image.pixel(inImage);
-        text += QStringLiteral("   R %1  G %2  B %3").arg(qRed(rgb)).arg(qGreen(rgb)).arg(qBlue(rgb));
+        text +=
+            QStringLiteral("   R %1  G %2  B %3").arg(qRed(rgb)).arg(qGreen(rgb)).arg(qBlue(rgb));
     }
     const QString cell =
         rawCellText(*frame->raw, raw::rawPositionOf(frame->raw->info, raw::TSize::Full, pixel));
@@ -349,8 +348,8 @@ void TFrameView::wheelEvent(QWheelEvent *event)
     if (steps == 0 || frameSize().isEmpty())
         return;
     const QSize size = frameSize();
-    const double fitted = std::min(double(width()) / size.width(),
-                                   double(height() - kReadoutHeight) / size.height());
+    const double fitted =
+        std::min(double(width()) / size.width(), double(height() - kReadoutHeight) / size.height());
     const double scale =
         std::clamp(m_scale * std::pow(kWheelStep, steps), std::min(fitted, 1.0) / 2, kMostZoom);
     zoomAround(event->position(), scale);

@@ -67,8 +67,8 @@ private:
     struct TFrame {
         std::shared_ptr<std::atomic<bool>> cancel = std::make_shared<std::atomic<bool>>(false);
         std::shared_ptr<const raw::TRawImage> raw; // for the readout
-        QImage half, full;                          // upright sRGB
-        QImage overview;                            // a small copy for fitted views
+        QImage half, full;                         // upright sRGB
+        QImage overview;                           // a small copy for fitted views
         QString error;
     };
 
@@ -97,9 +97,9 @@ private:
     QString m_path;
     QHash<QString, std::shared_ptr<TFrame>> m_frames; // the shown one and its neighbours
     bool m_fitted = true;
-    double m_scale = 1.0;  // screen pixels per full-size pixel
-    QPointF m_offset;      // where the picture's top left lies in the window
-    QPoint m_pressedAt;    // where a click or drag began
+    double m_scale = 1.0; // screen pixels per full-size pixel
+    QPointF m_offset;     // where the picture's top left lies in the window
+    QPoint m_pressedAt;   // where a click or drag began
     QPointF m_offsetAtPress;
     bool m_dragged = false;
     QPoint m_mouse{-1, -1};

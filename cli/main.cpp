@@ -418,8 +418,8 @@ int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
 QString renderTargets(const TOptions &options, const QStringList &files, QStringList &targets,
                       TOutputKind &kind)
 {
-    const bool single = files.size() == 1 && options.paths.size() == 1 &&
-                        !QFileInfo(options.paths.first()).isDir();
+    const bool single =
+        files.size() == 1 && options.paths.size() == 1 && !QFileInfo(options.paths.first()).isDir();
     if (single) {
         if (!options.renderFormat.isEmpty())
             return QStringLiteral("--format is for --render to a folder; the extension of %1 "

@@ -13,8 +13,8 @@
 #include "rawfile/tm9file.h"
 #include "tbarchart.h"
 #include "tests/support/rawgen.h"
-#include "tframeview.h"
 #include "tests/support/samplem9.h"
+#include "tframeview.h"
 #include "tstatisticspane.h"
 
 #include <QAction>

@@ -84,9 +84,9 @@ struct RawOptions {
     Order order = Order::Little;
 
     RawScene scene = RawScene::PhotoWithCharts;
-    int frame = 0;          // another part of the photograph per frame
+    int frame = 0;           // another part of the photograph per frame
     quint16 orientation = 1; // IFD0's: 6 and 8 for a camera held upright
-    double framePart = 0.8; // the share of the photograph's side a frame other than 0 shows
+    double framePart = 0.8;  // the share of the photograph's side a frame other than 0 shows
 
     // Black on a 14-bit scale (the 12-bit storage takes a quarter), as one
     // value or a 2 x 2 pattern (BlackLevelRepeatDim 2 2), plus small

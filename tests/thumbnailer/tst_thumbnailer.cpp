@@ -3,6 +3,7 @@
 // for any other file. In GNOME's sandbox too, which shows it only /usr, the
 // input file and a writable /tmp, and no display.
 
+#include "tests/support/rawgen.h"
 #include "tests/support/samplem9.h"
 
 #include <QFile>
@@ -71,6 +72,7 @@ class TestThumbnailer : public QObject {
 private Q_SLOTS:
     void thumbnail_data();
     void thumbnail();
+    void largerThanThePreview();
 };
 
 void TestThumbnailer::thumbnail_data()
@@ -159,6 +161,21 @@ void TestThumbnailer::thumbnail()
                  std::abs(seen.green() - topLeft.green()) <= 2 &&
                  std::abs(seen.blue() - topLeft.blue()) <= 2,
              qPrintable(seen.name()));
+}
+
+// Asked for more than the 320 x 240 preview holds: the frame developed at
+// half size, scaled to the size asked for.
+void TestThumbnailer::largerThanThePreview()
+{
+    QTemporaryDir dir;
+    fixture::RawOptions frame;
+    frame.width = 1400;
+    frame.height = 1000;
+    const QString raw = dir.filePath(QStringLiteral("L1000001.DNG"));
+    QVERIFY(fixture::writeRawDng(raw, frame));
+    const QString png = dir.filePath(QStringLiteral("t.png"));
+    QCOMPARE(QProcess::execute(QStringLiteral(TOLVIK_THUMBNAILER), {"-s", "512", raw, png}), 0);
+    QCOMPARE(QImageReader(png).size(), QSize(512, 364)); // 673 x 480 at half size
 }
 
 QTEST_GUILESS_MAIN(TestThumbnailer)
