@@ -1,4 +1,4 @@
-#include "tests/support/sensorcard.h"
+#include "tools/sensorcard.h"
 
 #include <QRandomGenerator>
 

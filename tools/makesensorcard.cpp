@@ -10,7 +10,7 @@
 // pixels) and whose radius is within 25 % (at least 3 pixels); it prints
 // precision and recall per kind and exits 1 when a kind misses its target.
 
-#include "tests/support/sensorcard.h"
+#include "tools/sensorcard.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
