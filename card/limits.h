@@ -15,6 +15,11 @@ inline constexpr int kFilesInFlightPerThread = 4;
 // mistyped -j costs.
 inline constexpr int kMaxJobs = 256;
 
+// tolvik-info gives up on a file whose reading has not ended after this long
+// (a share that hangs, a card pulled out) and goes on with the next; a card
+// reads a file in milliseconds.
+inline constexpr int kUnansweredSeconds = 20;
+
 } // namespace limits
 
 #endif // CARD_LIMITS_H

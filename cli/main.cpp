@@ -32,6 +32,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <unistd.h>
 #include <vector>
@@ -351,6 +352,48 @@ TFileResult readFile(const QString &path, const TOptions &options)
     return {record(options.format, path, entry.rows, entry.accepted(), entry.error), entry.error};
 }
 
+// What is said of a file whose reading did not end in time.
+QString unansweredText()
+{
+    return QStringLiteral("did not answer within %1 s (a share that hangs?); left behind")
+        .arg(limits::kUnansweredSeconds);
+}
+
+TCardEntry unansweredEntry(const QString &path)
+{
+    TCardEntry entry;
+    entry.path = path;
+    entry.error = unansweredText();
+    return entry;
+}
+
+// A thread was left blocked in a file that did not answer.
+bool g_threadLeftBehind = false;
+
+// Reads the files in order on jobs threads; a file that does not answer is
+// given up on (unanswered) so that the others go on.
+template <typename Result, typename Work, typename Deliver, typename Unanswered>
+void readPatiently(const QStringList &files, int jobs, Work work, Deliver deliver,
+                   Unanswered unanswered)
+{
+    g_threadLeftBehind |=
+        runInOrderPatiently<Result>(int(files.size()), jobs, work, deliver, unanswered,
+                                    std::chrono::seconds(limits::kUnansweredSeconds)) > 0;
+}
+
+// The exit status, once all is written. A thread left blocked in a file
+// refers to main's objects: the process then ends at once, without
+// returning from main.
+int finished(int status)
+{
+    if (g_threadLeftBehind) {
+        std::fflush(stdout);
+        std::fflush(stderr);
+        std::_Exit(status);
+    }
+    return status;
+}
+
 // "312/1000 files" on a terminal, rewritten in place and cleared at the end.
 class TProgress {
 public:
@@ -622,47 +665,56 @@ int main(int argc, char *argv[])
 #ifdef TOLVIK_INFO_DRAWS
     if (!options.contactSheetPath.isEmpty()) {
         QList<TCardEntry> entries(files.size());
-        runInOrder<TCardEntry>(
-            int(files.size()), jobs, [&](int i) { return readCardEntry(files[i]); },
+        readPatiently<TCardEntry>(
+            files, jobs, [&](int i) { return readCardEntry(files[i]); },
             [&](int i, TCardEntry &&entry) {
                 reportProblem(i, entry.error);
                 entries[i] = std::move(entry);
                 progress.show(i + 1);
-            });
+            },
+            [&](int i) { return unansweredEntry(files[i]); });
         progress.clear();
         if (const QString failure = writeContactSheetPdf(
                 TContactSheet(sheetFolder(options.paths), entries), options.contactSheetPath);
             !failure.isEmpty()) {
             std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(failure));
-            return 2;
+            return finished(2);
         }
-        return status;
+        return finished(status);
     }
 #endif
     if (options.stats) {
         QList<TFrame> frames(files.size());
-        runInOrder<TCardEntry>(
-            int(files.size()), jobs, [&](int i) { return readCardEntry(files[i]); },
+        readPatiently<TCardEntry>(
+            files, jobs, [&](int i) { return readCardEntry(files[i]); },
             [&](int i, TCardEntry &&entry) {
                 reportProblem(i, entry.error);
                 frames[i] = std::move(entry.frame);
                 progress.show(i + 1);
-            });
+            },
+            [&](int i) { return unansweredEntry(files[i]); });
         progress.clear();
         std::fputs(statisticsRecord(options.format, frames).constData(), stdout);
-        return status;
+        return finished(status);
     }
 
     if (options.format == TFormat::Csv)
         std::fputs(csvHeader(fileRows(TM9File(), options.rows, false)).constData(), stdout);
-    runInOrder<TFileResult>(
-        int(files.size()), jobs, [&](int i) { return readFile(files[i], options); },
+    readPatiently<TFileResult>(
+        files, jobs, [&](int i) { return readFile(files[i], options); },
         [&](int i, TFileResult &&result) {
             reportProblem(i, result.error);
             progress.beforeOutput();
             std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
             progress.afterOutput();
             progress.show(i + 1);
+        },
+        [&](int i) {
+            const QString error = unansweredText();
+            const QList<TRow> rows = options.format == TFormat::Csv
+                                         ? fileRows(TM9File(), options.rows, false)
+                                         : QList<TRow>();
+            return TFileResult{record(options.format, files[i], rows, false, error), error};
         });
-    return status;
+    return finished(status);
 }

@@ -6,6 +6,7 @@
 
 #include <QtTest>
 
+#include <mutex>
 #include <numeric>
 #include <thread>
 
@@ -15,6 +16,8 @@ class TestInOrder : public QObject {
 private slots:
     void sameOutputForEveryThreadCount_data();
     void sameOutputForEveryThreadCount();
+    void anItemThatNeverEndsHoldsUpNoOther_data();
+    void anItemThatNeverEndsHoldsUpNoOther();
 };
 
 void TestInOrder::sameOutputForEveryThreadCount_data()
@@ -51,6 +54,37 @@ void TestInOrder::sameOutputForEveryThreadCount()
     std::iota(expected.begin(), expected.end(), 0);
     QCOMPARE(delivered, expected);
     QVERIFY(onCaller);
+}
+
+void TestInOrder::anItemThatNeverEndsHoldsUpNoOther_data()
+{
+    QTest::addColumn<int>("threads");
+    QTest::addRow("one thread") << 1;
+    QTest::addRow("two threads") << 2;
+}
+
+// A file on a share that hangs: its item is given up on after the patience,
+// the others are delivered in order, and its thread is left to end later.
+void TestInOrder::anItemThatNeverEndsHoldsUpNoOther()
+{
+    QFETCH(int, threads);
+    static std::mutex hung; // outlives the threads left waiting for it
+    hung.lock();            // held until the end: items 1 and 3 wait for it
+    QStringList delivered;
+    const int abandoned = runInOrderPatiently<QString>(
+        6, threads,
+        [](int i) {
+            if (i == 1 || i == 3) {
+                const std::lock_guard wait(hung);
+            }
+            return QString::number(i);
+        },
+        [&](int, QString &&result) { delivered.append(result); },
+        [](int i) { return QStringLiteral("unanswered %1").arg(i); },
+        std::chrono::milliseconds(50));
+    hung.unlock();
+    QCOMPARE(abandoned, 2);
+    QCOMPARE(delivered, QStringList({"0", "unanswered 1", "2", "unanswered 3", "4", "5"}));
 }
 
 QTEST_GUILESS_MAIN(TestInOrder)
