@@ -13,6 +13,7 @@ TOLVIK_SANITIZER_PACKAGES=(clang libclang-rt-14-dev)
 TOLVIK_PACKAGES=(
     g++ cmake ninja-build
     qt6-base-dev qt6-base-dev-tools
+    libexempi-dev pkgconf     # culling marks in XMP sidecars; CMake finds Exempi with pkg-config
     libimage-exiftool-perl    # the tests cross-check values with exiftool
     fonts-dejavu-core
     poppler-utils             # the report tests read the PDF back
