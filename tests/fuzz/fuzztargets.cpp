@@ -1,6 +1,7 @@
 #include "tests/fuzz/fuzztargets.h"
 
 #include "card/queries.h"
+#include "card/sidecar.h"
 #include "cli/sonymakernote.h"
 #include "documents/rgbdistribution.h"
 #include "documents/treport.h"
@@ -251,6 +252,16 @@ void rawDevelop(const uint8_t *data, size_t size)
         }
     }
     (void)sum;
+}
+
+void xmpPacket(const uint8_t *data, size_t size)
+{
+    QByteArray file = bytes(data, size);
+    QBuffer device(&file);
+    device.open(QIODevice::ReadOnly);
+    TMark mark;
+    QString error;
+    marksOfPacket(ifd0XmpPacket(device), &mark, &error);
 }
 
 } // namespace fuzz

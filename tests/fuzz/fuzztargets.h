@@ -25,6 +25,7 @@ void sonyBlocks(const uint8_t *data, size_t size);
 void report(const uint8_t *data, size_t size);
 void rawDecode(const uint8_t *data, size_t size);  // the raw decoder on the bytes
 void rawDevelop(const uint8_t *data, size_t size); // ... and the development of what it decodes
+void xmpPacket(const uint8_t *data, size_t size);  // IFD0's XMP packet and its marks
 // A painted report page costs half a second under the sanitizers, nearly all
 // in Qt: the fuzz program paints about one input in this many (by a hash of
 // the input); the tests paint every one.
@@ -35,10 +36,12 @@ struct NamedTarget {
     Target run;
 };
 inline constexpr NamedTarget kTargets[] = {
-    {"reader", reader},         {"ifd", ifd},           {"exifgps", exifGps},
-    {"leica", leica},           {"pictures", pictures}, {"sonymakernote", sonyMakerNote},
-    {"sonyblocks", sonyBlocks}, {"report", report},     {"rawdecode", rawDecode},
-    {"rawdevelop", rawDevelop},
+    {"reader", reader},         {"ifd", ifd},
+    {"exifgps", exifGps},       {"leica", leica},
+    {"pictures", pictures},     {"sonymakernote", sonyMakerNote},
+    {"sonyblocks", sonyBlocks}, {"report", report},
+    {"rawdecode", rawDecode},   {"rawdevelop", rawDevelop},
+    {"xmppacket", xmpPacket},
 };
 
 } // namespace fuzz

@@ -107,6 +107,15 @@ int main(int argc, char *argv[])
         add("exifgps", o + QStringLiteral("-ifd0.bin"), flag + m9(order, true));
         add("exifgps", o + QStringLiteral("-gps.bin"), char(flag | 2) + tiff(order, gpsIfd()));
         add("leica", o + QStringLiteral("-makernote.bin"), flag + leicaNote(options));
+        // The marks a converter embeds in IFD0 (tag 700), as xmppacket finds them.
+        auto marked = Ifd::make();
+        marked->ascii(0x0110, "M9 Digital Camera")
+            .bytes(700, Byte,
+                   "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF xmlns:rdf=\"http://www.w3.org/"
+                   "1999/02/22-rdf-syntax-ns#\"><rdf:Description rdf:about=\"\" xmlns:xmp=\"http://"
+                   "ns.adobe.com/xap/1.0/\" xmp:Rating=\"3\" xmp:Label=\"Red\"/></rdf:RDF></"
+                   "x:xmpmeta>");
+        add("xmppacket", o + QStringLiteral("-marks.dng"), tiff(order, marked));
         add("reader", o + QStringLiteral("-sony.arw"), sonyArw("ILCE-9", sonyNote(), order).data);
         for (const char *model : {"ILCE-7M2", "ILCE-7RM2", "ILCE-9", "DSC-RX100"}) {
             add("sonymakernote", QStringLiteral("%1-%2.bin").arg(o, QLatin1String(model)),
