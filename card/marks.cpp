@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
+#include <QSaveFile>
 
 #include <cerrno>
 #include <cstring>
@@ -16,6 +17,24 @@
 namespace {
 
 constexpr int kMaxStars = 5;
+
+// Reasons a write fails for every file of its folder alike: a card mounted
+// read-only or locked, a folder of someone else's, a full card.
+constexpr int kFolderErrors[] = {EROFS, EACCES, EPERM, ENOSPC, EDQUOT};
+
+QString errnoText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+bool isFolderFailure(const QString &error)
+{
+    for (const int code : kFolderErrors) {
+        if (error.endsWith(QStringLiteral(": ") + errnoText(code)))
+            return true;
+    }
+    return false;
+}
 
 // The two names of the sidecar, the preferred first.
 std::pair<QString, QString> sidecarNames(const QString &rawPath, TSidecarNaming naming)
@@ -82,6 +101,22 @@ TMarkRead embeddedMarks(const QString &rawPath)
     else if (result.mark != TMark())
         result.source = rawPath;
     return result;
+}
+
+// Written as writeAtomically() writes, but unbuffered: QSaveFile's commit()
+// does not see its final flush fail, so that a sidecar smaller than the
+// buffer, on a full card, would be renamed into place empty.
+QString writeSidecar(const QString &path, const QByteArray &bytes)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return writeFailure(path, file.errorString());
+    if (file.write(bytes) != bytes.size()) {
+        const QString reason = file.errorString();
+        file.cancelWriting();
+        return writeFailure(path, reason);
+    }
+    return file.commit() ? QString() : writeFailure(path, file.errorString());
 }
 
 } // namespace
@@ -158,19 +193,18 @@ TMarkWrite writeMarks(const QString &rawPath, const TMark &mark, TSidecarNaming 
     // folder that refuses that refuses every file in it.
     const QString folder = QFileInfo(result.sidecar).absolutePath();
     if (::access(QFile::encodeName(folder).constData(), W_OK | X_OK) != 0) {
-        result.folderNotWritable = errno == EROFS || errno == EACCES || errno == EPERM;
-        result.error = writeFailure(folder, QString::fromLocal8Bit(std::strerror(errno)));
+        result.error = writeFailure(folder, errnoText(errno));
+        result.folderNotWritable = isFolderFailure(result.error);
         return result;
     }
     QString reason;
     const QByteArray written = packetWithMarks(packet, mark, &reason);
     if (written.isEmpty())
         return fail(reason);
-    result.error = writeAtomically(result.sidecar, [&written](QIODevice &device) {
-        return device.write(written) == written.size();
-    });
+    result.error = writeSidecar(result.sidecar, written);
     if (result.error.isEmpty())
         result.outcome = TMarkOutcome::Written;
+    result.folderNotWritable = isFolderFailure(result.error);
     return result;
 }
 

@@ -81,7 +81,9 @@ struct TMarkWrite {
     // change. A sidecar made by the write is kept, holding the old marks.
     TMark before;
     QString error;
-    bool folderNotWritable = false; // the folder refuses new files (read-only card)
+    // The folder refuses new files (a read-only or full card): so will the
+    // other files in it.
+    bool folderNotWritable = false;
 };
 TMarkWrite writeMarks(const QString &rawPath, const TMark &mark, TSidecarNaming naming);
 

@@ -3,6 +3,7 @@
 #include "card/marklimits.h"
 
 #include <QIODevice>
+#include <QXmlStreamReader>
 
 #include <exempi/xmp.h>
 #include <exempi/xmpconsts.h>
@@ -53,10 +54,25 @@ using TXmpString = std::unique_ptr<std::remove_pointer_t<XmpStringPtr>, TXmpFree
 
 // The parsed packet; null, with the reason in *error, when it does not parse.
 // Call with the mutex held.
-TXmp parsed(const QByteArray &packet, QString *error)
+TXmp parsed(QByteArray packet, QString *error)
 {
+    while (packet.endsWith('\0')) // a DNG's packet may be padded so
+        packet.chop(1);
     TXmp xmp(xmp_new_empty());
-    if (!packet.isEmpty() && !xmp_parse(xmp.get(), packet.constData(), size_t(packet.size()))) {
+    if (packet.isEmpty())
+        return xmp;
+    // Exempi prints each parse failure on stderr; XML that is not well-formed
+    // (the common fault: a file cut short) is caught here first, with its line.
+    QXmlStreamReader xml(packet);
+    while (!xml.atEnd())
+        xml.readNext();
+    if (xml.hasError()) {
+        *error = QStringLiteral("is not well-formed XML (line %1: %2)")
+                     .arg(xml.lineNumber())
+                     .arg(xml.errorString());
+        return {};
+    }
+    if (!xmp_parse(xmp.get(), packet.constData(), size_t(packet.size()))) {
         *error = lookup(xmp_get_error());
         return {};
     }

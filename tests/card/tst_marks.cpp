@@ -98,7 +98,8 @@ private slots:
     void brokenSidecarIsLeftAlone();
     void embedded_data();
     void embedded();
-    void readOnlyFolder();
+    void folderRefuses_data();
+    void folderRefuses();
     void batchUndoAndCancel();
 };
 
@@ -248,7 +249,9 @@ void TestMarks::brokenSidecarIsLeftAlone()
     const QString path = files.write("L1001234.DNG.xmp", sidecar);
     const TMarkWrite write = writeMarks(raw, mark(5), TSidecarNaming::BaseName);
     QCOMPARE(int(write.outcome), int(TMarkOutcome::Failed));
-    QCOMPARE(write.error, QStringLiteral("%1: %2; left as it is").arg(path, reason));
+    QVERIFY2(write.error.startsWith(path + ": " + reason) &&
+                 write.error.endsWith("; left as it is"),
+             qPrintable(write.error));
     QCOMPARE(bytesOf(path), sidecar);
     QVERIFY(!QFile::exists(files.path("L1001234.xmp")));
     QCOMPARE(readMarks(raw, TSidecarNaming::BaseName).error, write.error);
@@ -278,38 +281,69 @@ void TestMarks::embedded()
     QCOMPARE(read.source, read.mark == TMark() ? QString() : raw);
 }
 
-// On a card mounted read-only the first file gives the one message and the
-// rest of its folder is not tried; another folder is written. Root writes
-// through any file mode, so the folder is made read-only by a bind mount in a
-// child of its own.
-void TestMarks::readOnlyFolder()
+void TestMarks::folderRefuses_data()
 {
+    QTest::addColumn<bool>("full");
+    QTest::addColumn<QString>("failed"); // what the one message names
+    QTest::addColumn<QString>("reason");
+    const bool root = ::geteuid() == 0;
+    QTest::newRow("read-only card")
+        << false << "card" << (root ? "Read-only file system" : "Permission denied");
+    QTest::newRow("full card") << true << "card/L1001.xmp"
+                               << "No space left on device";
+}
+
+// On a read-only or full card the first file gives the one message and the
+// rest of its folder is not tried; another folder is written. (A sidecar
+// written alone on a full card was once renamed into place empty.) Root writes
+// through any file mode, so a child of the test mounts the folder read-only,
+// or a small file system over it, where only it sees them.
+void TestMarks::folderRefuses()
+{
+    QFETCH(bool, full);
     fixture::TempFiles files;
     QVERIFY(QDir().mkpath(files.path("card")) && QDir().mkpath(files.path("disk")));
     QList<TMarkChange> changes;
     for (const char *name : {"card/L1001.DNG", "card/L1002.DNG", "card/L1003.DNG", "disk/L1.DNG"})
         changes.append({files.write(name, dng()), mark(3)});
     const QString sidecar = files.write("card/L1002.xmp", packet("xmp:Rating=\"1\""));
-    const QString folder = files.path("card");
-    const QByteArray card = QFile::encodeName(folder);
+    const QByteArray card = QFile::encodeName(files.path("card"));
+    const auto refuse = [&] {
+        if (::geteuid() != 0)
+            return !full && ::chmod(card.constData(), 0555) == 0;
+        if (::unshare(CLONE_NEWNS) != 0 ||
+            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+            return false;
+        if (!full)
+            return ::mount(card.constData(), card.constData(), nullptr, MS_BIND, nullptr) == 0 &&
+                   ::mount(nullptr, card.constData(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY,
+                           nullptr) == 0;
+        if (::mount("tmpfs", card.constData(), "tmpfs", 0, "size=16k") != 0)
+            return false;
+        for (const TMarkChange &change : changes.mid(0, 3))
+            fixture::writeFile(change.rawPath, dng());
+        fixture::writeFile(sidecar, packet("xmp:Rating=\"1\""));
+        QFile filler(files.path("card/filler"));
+        filler.open(QIODevice::WriteOnly);
+        while (filler.write(QByteArray(4096, 'x')) > 0 && filler.flush()) {
+        }
+        return true;
+    };
     int pipeEnds[2];
     QVERIFY(::pipe(pipeEnds) == 0);
     const pid_t child = ::fork();
     if (child == 0) {
-        const bool root = ::geteuid() == 0;
-        if (root
-                ? ::unshare(CLONE_NEWNS) != 0 ||
-                      ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-                      ::mount(card.constData(), card.constData(), nullptr, MS_BIND, nullptr) != 0 ||
-                      ::mount(nullptr, card.constData(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY,
-                              nullptr)
-                : ::chmod(card.constData(), 0555) != 0)
+        if (!refuse())
             ::_exit(77);
         const TMarkBatch batch = writeMarks(changes, TSidecarNaming::BaseName);
         QByteArray report = batch.folderFailure.toUtf8();
         for (const TMarkWrite &file : batch.files)
             report +=
                 '|' + QByteArray::number(int(file.outcome)) + (file.folderNotWritable ? "!" : "");
+        // A sidecar written alone in that folder keeps its bytes.
+        const TMarkWrite alone = writeMarks(changes[1].rawPath, mark(3), TSidecarNaming::BaseName);
+        report += '|' + QByteArray::number(int(alone.outcome));
+        report += bytesOf(sidecar) == packet("xmp:Rating=\"1\"") ? "=" : "~";
         ::chmod(card.constData(), 0755);
         ::_exit(::write(pipeEnds[1], report.constData(), size_t(report.size())) == report.size()
                     ? 0
@@ -322,11 +356,12 @@ void TestMarks::readOnlyFolder()
     int status = 0;
     QCOMPARE(::waitpid(child, &status, 0), child);
     if (WEXITSTATUS(status) == 77)
-        QSKIP("the folder cannot be made read-only here");
-    const char *reason = ::geteuid() == 0 ? "Read-only file system" : "Permission denied";
+        QSKIP("the folder cannot be made read-only or full here");
+    QFETCH(QString, failed);
+    QFETCH(QString, reason);
     QCOMPARE(QString::fromUtf8(report),
-             QStringLiteral("%1: %2|2!|3!|3!|0").arg(folder, QLatin1String(reason)));
-    QCOMPARE(QDir(folder).entryList({"*.xmp"}), QStringList{"L1002.xmp"});
+             QStringLiteral("%1: %2|2!|3!|3!|0|2=").arg(files.path(failed), reason));
+    QCOMPARE(QDir(files.path("card")).entryList({"*.xmp"}), QStringList{"L1002.xmp"});
     QCOMPARE(bytesOf(sidecar), packet("xmp:Rating=\"1\""));
     QCOMPARE(readMarks(changes.last().rawPath, TSidecarNaming::BaseName).mark, mark(3));
 }
