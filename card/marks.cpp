@@ -67,6 +67,10 @@ bool sameFile(const QString &a, const QString &b)
 bool readSidecar(const QString &path, QByteArray *bytes, TMark *mark, QString *error)
 {
     QFile file(path);
+    if (!QFileInfo(path).isFile()) { // a named pipe would block the open
+        *error = writeFailure(path, QStringLiteral("is not a file; left as it is"));
+        return false;
+    }
     if (!file.open(QIODevice::ReadOnly)) {
         *error = writeFailure(path, file.errorString());
         return false;
