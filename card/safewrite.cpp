@@ -170,7 +170,9 @@ QString writeAtomically(const QString &path, const std::function<bool(QIODevice 
         file.cancelWriting();
         return writeFailure(path, reason);
     }
-    if (!file.commit())
+    // What is still in the file's buffer (all of a small output) reaches the
+    // disk here; commit() alone does not tell when that fails.
+    if (!file.flush() || !file.commit())
         return writeFailure(path, file.errorString());
     return {};
 }

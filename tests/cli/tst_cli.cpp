@@ -214,25 +214,35 @@ void TestCli::neverOverAnInput()
     QCOMPARE(QDir(card.path(".")).entryList(QDir::Hidden | QDir::Files).size(), 6); // no leftovers
 }
 
-// A write that fails on a full disk says so and leaves nothing behind.
+// A write that fails on a full disk says so and leaves nothing behind, a
+// large PDF as a small picture.
 void TestCli::fullDisk()
 {
     if (QStandardPaths::findExecutable(QStringLiteral("unshare")).isEmpty())
         QSKIP("needs unshare to mount a small file system");
     QTemporaryDir small;
+    fixture::TempFiles files;
+    fixture::RawOptions tiny;
+    tiny.width = 96;
+    tiny.height = 80;
+    QVERIFY(fixture::writeRawDng(files.path("T.DNG"), tiny));
     QProcess process;
-    // A private mount of a 16 KB file system; a report needs far more.
+    // A private mount of a 16 KB file system, filled up.
     process.start(QStringLiteral("unshare"),
                   {"-rm", "sh", "-c",
-                   "mount -t tmpfs -o size=16k tmpfs \"$1\" || exit 77; \"$2\" --report "
-                   "\"$1/r.pdf\" \"$3\"; echo \"status $?\"; ls -A \"$1\"",
-                   "sh", small.path(), QStringLiteral(TOLVIK_INFO), m_good});
+                   "mount -t tmpfs -o size=16k tmpfs \"$1\" || exit 77; "
+                   "cat /dev/zero > \"$1/fill\" 2>/dev/null; "
+                   "\"$2\" --report \"$1/r.pdf\" \"$3\"; echo \"status $?\"; "
+                   "\"$2\" --half --render \"$1/t.jpg\" \"$4\"; echo \"status $?\"; ls -A \"$1\"",
+                   "sh", small.path(), QStringLiteral(TOLVIK_INFO), m_good, files.path("T.DNG")});
     QVERIFY(process.waitForFinished(30000));
     if (process.exitCode() == 77 || process.exitCode() == 1)
         QSKIP("no private mounts here");
     const QString err = QString::fromUtf8(process.readAllStandardError());
-    QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()), QStringLiteral("status 2\n"));
-    QVERIFY2(err.contains(small.path() + "/r.pdf: No space left on device"), qPrintable(err));
+    QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()),
+             QStringLiteral("status 2\nstatus 2\nfill\n"));
+    for (const char *name : {"/r.pdf: No space left on device", "/t.jpg: No space left on device"})
+        QVERIFY2(err.contains(small.path() + QLatin1String(name)), qPrintable(err));
 }
 
 void TestCli::render_data()
