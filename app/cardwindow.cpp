@@ -44,7 +44,7 @@ constexpr int kDateTimeWidth = 140;
 constexpr int kLensWidth = 220;
 constexpr int kApertureWidth = 190; // "Aperture (camera's estimate)"
 constexpr int kStatisticsWidth = 380;
-constexpr int kFramePaneWidth = 420; // the selected frame, about a third of its side
+constexpr int kFramePaneWidth = 320; // the selected frame, beside the table
 
 // The charts are counted again at most this often while rows arrive or the
 // filter changes: the first change starts the wait, later ones join it.

@@ -240,10 +240,10 @@ void TFrameView::paintEvent(QPaintEvent *)
     const QImage image = shownImage(&perPixel);
     if (image.isNull()) {
         painter.setPen(Qt::lightGray);
-        painter.drawText(rect(), Qt::AlignCenter,
-                         error().isEmpty()
-                             ? tr("Developing %1 \u2026").arg(QFileInfo(m_path).fileName())
-                             : QFileInfo(m_path).fileName() + QStringLiteral(": ") + error());
+        painter.drawText(
+            rect().adjusted(12, 12, -12, -12 - kReadoutHeight), Qt::AlignCenter | Qt::TextWordWrap,
+            error().isEmpty() ? tr("Developing %1 \u2026").arg(QFileInfo(m_path).fileName())
+                              : QFileInfo(m_path).fileName() + QStringLiteral(": ") + error());
     } else {
         // Only the part in the window is drawn, smoothly when scaled down,
         // as pixels when enlarged.

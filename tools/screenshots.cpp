@@ -90,13 +90,15 @@ bool writeCard(const QString &dir)
         o.exposureTime = {1, f.exposure};
         o.iso = quint16(f.iso);
         o.temperature = 20 + number % 7;
-        o.preview = fixture::sampleScene().mirrored(number % 2 == 1, false);
-        if (f.monochrom) {
-            o.model = "M Monochrom";
-            o.preview = o.preview.convertToFormat(QImage::Format_Grayscale8);
-        }
-        if (!fixture::writeFile(dir + QStringLiteral("/L100%1.DNG").arg(number++),
-                                fixture::sampleM9Dng(o)))
+        // A quarter of the sensor's side, each frame another part of the photograph.
+        fixture::RawOptions raw;
+        raw.width = 1318;
+        raw.height = 880;
+        raw.scene = fixture::RawScene::Photo;
+        raw.frame = number % 7;
+        raw.monochrom = f.monochrom;
+        raw.sample = o;
+        if (!fixture::writeRawDng(dir + QStringLiteral("/L100%1.DNG").arg(number++), raw))
             return false;
     }
     fixture::SampleM9 other;

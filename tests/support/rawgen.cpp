@@ -787,7 +787,7 @@ QByteArray RawGenerator::dng() const
     raw->longs(0xC68D, {quint32(m_active.top()), quint32(m_active.left()),
                         quint32(m_active.bottom() + 1), quint32(m_active.right() + 1)});
 
-    SampleM9 sample;
+    SampleM9 sample = m_o.sample;
     sample.order = m_o.order;
     sample.model = m_o.monochrom ? "M Monochrom" : "M9 Digital Camera";
     sample.rawIfd = raw;

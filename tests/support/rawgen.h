@@ -27,6 +27,7 @@
 // 2, 2 and DefaultCropSize 5212 x 3472; the margins are the same for smaller
 // sizes. CFA RGGB at the stored origin.
 
+#include "tests/support/samplem9.h"
 #include "tests/support/tiffbuilder.h"
 
 #include <QImage>
@@ -86,6 +87,7 @@ struct RawOptions {
     RawScene scene = RawScene::PhotoWithCharts;
     int frame = 0;           // another part of the photograph per frame
     quint16 orientation = 1; // IFD0's: 6 and 8 for a camera held upright
+    SampleM9 sample;         // IFD0's shooting data (its model, preview and raw set here)
     double framePart = 0.8;  // the share of the photograph's side a frame other than 0 shows
 
     // Black on a 14-bit scale (the 12-bit storage takes a quarter), as one
