@@ -15,6 +15,7 @@
 #include "card/records.h"
 #include "card/safewrite.h"
 #include "card/statistics.h"
+#include "cli/marking.h"
 #include "cli/rawstats.h"
 #include "cli/sensorcheck.h"
 #include "cli/sonymakernote.h"
@@ -61,6 +62,7 @@ constexpr char kUsage[] =
     "  or:  tolvik-info [--half] [--format jpg|png|tif] --render OUTFOLDER FILE|FOLDER...\n"
     "  or:  tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
     "  or:  tolvik-info [--json] [-j N] --sensor-check FILE|FOLDER...\n"
+    "  or:  tolvik-info [--rate N | --reject] [--label COLOUR|none] FILE|FOLDER...\n"
     "\n"
     "Reads each Leica M9 / M Monochrom DNG and prints the rows of Tolvik's\n"
     "information panel (camera, serial number, firmware, file name, date/time,\n"
@@ -105,6 +107,11 @@ constexpr char kUsage[] =
     "  --half       with --render: half size, one pixel per 2 x 2 cell of the sensor\n"
     "  --format jpg|png|tif\n"
     "               with --render to a folder: the files' format (default jpg)\n"
+    "  --rate N     give each file N stars (0 to 5) in its XMP sidecar (L1001234.xmp),\n"
+    "               where other photo tools read it; what else the sidecar holds is kept\n"
+    "  --reject     mark each file rejected (rating -1) in its sidecar\n"
+    "  --label COLOUR\n"
+    "               give each file a colour label (Red, Yellow, Green, Blue, Purple, none)\n"
     "  --sony-makernote OFFSET\n"
     "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
     "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
@@ -154,6 +161,7 @@ struct TOptions {
     bool half = false;        // --half: half-size frames
     QString sonyOffset;       // --sony-makernote: where the Sony directory lies
     bool sensorCheck = false; // --sensor-check: defects and spots across the frames
+    TMarking marking;         // --rate, --reject, --label: marks for the sidecars
     QStringList paths;
 };
 
@@ -167,6 +175,7 @@ enum TMode : unsigned {
     SensorCheck = 32,
     RawStats = 64,
     Render = 128,
+    Marking = 256,
 };
 
 struct TModeOption {
@@ -190,6 +199,9 @@ constexpr TModeOption kModeOptions[] = {
     {"-j", Rows | Stats | ContactSheet | SensorCheck | RawStats},
     {"--half", Render},
     {"--format", Render},
+    {"--rate", Marking},
+    {"--reject", Marking},
+    {"--label", Marking},
 };
 constexpr int kModeChoosers = 7;
 
@@ -207,6 +219,8 @@ TMode modeOf(const TOptions &options)
         return SensorCheck;
     if (!options.renderPath.isEmpty())
         return Render;
+    if (options.marking.rating || options.marking.label)
+        return Marking;
     return options.sonyOffset.isEmpty() ? Rows : SonyMakerNote;
 }
 
@@ -272,6 +286,13 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.sensorCheck = true;
         } else if (arg == QLatin1String("--raw-stats")) {
             options.rawStats = true;
+        } else if (arg == QLatin1String("--rate") || arg == QLatin1String("--label") ||
+                   arg == QLatin1String("--reject")) {
+            const QString mark = arg == QLatin1String("--reject") ? QString() : value(arg.size());
+            if (arg != QLatin1String("--label") && options.marking.rating)
+                return QStringLiteral("--rate and --reject cannot be used together");
+            if (const QString wrong = parseMarking(arg, mark, options.marking); !wrong.isEmpty())
+                return wrong;
         } else if (arg == QLatin1String("--exact")) {
             options.rows.exact = true;
         } else if (arg == QLatin1String("--preflight")) {
@@ -654,6 +675,8 @@ int main(int argc, char *argv[])
         return runSensorCheck(files, options.format, jobs);
     if (options.rawStats)
         return runRawStats(files, options.format, jobs);
+    if (options.marking.rating || options.marking.label)
+        return runMarking(files, options.marking);
 
     int status = 0;
     TProgress progress(int(files.size()));

@@ -29,6 +29,14 @@ _tolvik_info()
             COMPREPLY=($(compgen -W "jpg png tif" -- "$cur"))
             return
             ;;
+        --rate)
+            COMPREPLY=($(compgen -W "0 1 2 3 4 5" -- "$cur"))
+            return
+            ;;
+        --label)
+            COMPREPLY=($(compgen -W "Red Yellow Green Blue Purple none" -- "$cur"))
+            return
+            ;;
         -h | --help | --version)
             return
             ;;
@@ -37,7 +45,7 @@ _tolvik_info()
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W '--json --csv --stats --raw-stats --exact --all --preflight -j
             --report --contact-sheet --sony-makernote --sensor-check --render --half --format
-            --help --version' -- "$cur"))
+            --rate --reject --label --help --version' -- "$cur"))
         return
     fi
 

@@ -2,6 +2,7 @@
 // status, messages.
 
 #include "card/dngfiles.h"
+#include "card/marks.h"
 #include "tests/support/rawgen.h"
 #include "tests/support/samplem9.h"
 #include "tests/support/sonybuilder.h"
@@ -70,6 +71,7 @@ private Q_SLOTS:
     void neverOverAnInput_data();
     void neverOverAnInput();
     void fullDisk();
+    void marking();
     void render_data();
     void render();
     void findings_data();
@@ -243,6 +245,25 @@ void TestCli::fullDisk()
              QStringLiteral("status 2\nstatus 2\nfill\n"));
     for (const char *name : {"/r.pdf: No space left on device", "/t.jpg: No space left on device"})
         QVERIFY2(err.contains(small.path() + QLatin1String(name)), qPrintable(err));
+}
+
+// --rate, --reject and --label write the sidecars of a folder's files and
+// change nothing else; a wrong value is a usage error.
+void TestCli::marking()
+{
+    fixture::TempFiles card;
+    const QString a = card.write("A.DNG", sampleM9Dng());
+    const QString b = card.write("B.DNG", sampleM9Dng());
+    QCOMPARE(tolvikInfo({"--rate", "4", "--label", "blue", card.path(".")}).status, 0);
+    QCOMPARE(tolvikInfo({"--reject", b}).status, 0);
+    const TMark first = readMarks(a, TSidecarNaming::BaseName).mark;
+    const TMark second = readMarks(b, TSidecarNaming::BaseName).mark;
+    QCOMPARE(std::tuple(first.rating, first.label), std::tuple(4, QStringLiteral("Blue")));
+    QCOMPARE(std::tuple(second.rating, second.label), std::tuple(-1, QStringLiteral("Blue")));
+    QCOMPARE(fileBytes(a), sampleM9Dng());
+    for (const QStringList &wrong : {QStringList{"--rate", "6"}, QStringList{"--label", "Pink"},
+                                     QStringList{"--rate", "2", "--reject"}})
+        QCOMPARE(tolvikInfo(wrong + QStringList{a}).status, 2);
 }
 
 void TestCli::render_data()
