@@ -178,7 +178,10 @@ void TFrameView::received(const QString &path, const std::shared_ptr<std::atomic
     if (m_fitted)
         fit();
     update();
-    keepAround(m_path); // ahead, now that the shown frame is ready
+    // Ahead once the shown frame is ready; its half-size picture alone does
+    // not make it so, and asking for the neighbours lists their folder.
+    if (!target->full.isNull() || !target->error.isEmpty())
+        keepAround(m_path);
 }
 
 const TFrameView::TFrame *TFrameView::current() const
