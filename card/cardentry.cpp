@@ -4,7 +4,7 @@
 
 #include <QFileInfo>
 
-TCardEntry readCardEntry(const QString &path, const TRowOptions *rows)
+TCardEntry readCardEntry(const QString &path, const TRowOptions *rows, TSidecarNaming naming)
 {
     TCardEntry entry;
     entry.path = path;
@@ -22,6 +22,11 @@ TCardEntry readCardEntry(const QString &path, const TRowOptions *rows)
         rows && rows->preflight ? file.processFilePreflight() : file.processFile();
     entry.error = fileError(file, accepted);
     entry.frame = frameOf(file, accepted);
+    if (accepted) {
+        TMarkRead marks = readMarks(path, naming);
+        entry.mark = marks.mark;
+        entry.markError = marks.error;
+    }
     if (rows && !accepted && rows->passFactsWhenRejected)
         entry.rows = rows->all ? passFacts(file) : QList<TRow>();
     else if (rows)
@@ -36,4 +41,10 @@ QList<TRow> exactRows(const TCardEntry &entry)
         rows.append({caption, text});
     insertExposureSeconds(rows, entry.frame.numbers.exposureTime);
     return rows;
+}
+
+void readRawFigures(TCardEntry &entry, const std::atomic<bool> *cancel)
+{
+    if (entry.accepted())
+        entry.figures = raw::rawFiguresOfFile(entry.path, cancel);
 }

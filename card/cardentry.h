@@ -6,13 +6,24 @@
 // thread.
 
 #include "card/filerows.h"
+#include "card/marks.h"
 #include "card/statistics.h"
+#include "raw/rawstats.h"
+
+#include <optional>
 
 struct TCardEntry {
     QString path;
     QString error;    // fileError(): why it is not accepted, or what is amiss with it
     TFrame frame;     // its exact texts and numbers, and whether it is accepted
     QList<TRow> rows; // what tolvik-info prints of it; only when asked for
+    // Its culling marks, from its sidecar or the DNG's own XMP; markError when
+    // the sidecar could not be read (its marks then count as unset).
+    TMark mark;
+    QString markError;
+    // Its raw exposure figures, once counted (readRawFigures(): they take a
+    // pass over the raw data, so the card window counts them after the rest).
+    std::optional<raw::TRawFigures> figures;
 
     bool accepted() const { return frame.accepted; }
 };
@@ -21,7 +32,12 @@ struct TCardEntry {
 // could keep the reading thread waiting for ever, so it is rejected unread.
 // With rows, its pass is the one they name (the quick pass for preflight) and
 // the entry keeps them; without, the full pass and no rows.
-TCardEntry readCardEntry(const QString &path, const TRowOptions *rows = nullptr);
+// The marks are read from the sidecar named naming prefers when both exist.
+TCardEntry readCardEntry(const QString &path, const TRowOptions *rows = nullptr,
+                         TSidecarNaming naming = TSidecarNaming::BaseName);
+
+// Counts the raw exposure figures of an accepted entry into it.
+void readRawFigures(TCardEntry &entry, const std::atomic<bool> *cancel = nullptr);
 
 // The rows tolvik-info --csv --exact prints of an entry read without rows,
 // the exposure time in seconds among them.
