@@ -24,7 +24,7 @@ TCardEntry readCardEntry(const QString &path, const TRowOptions *rows, TSidecarN
     entry.frame = frameOf(file, accepted);
     if (accepted) {
         TMarkRead marks = readMarks(path, naming);
-        entry.mark = marks.mark;
+        entry.frame.mark = marks.mark;
         entry.markError = marks.error;
     }
     if (rows && !accepted && rows->passFactsWhenRejected)
@@ -46,5 +46,5 @@ QList<TRow> exactRows(const TCardEntry &entry)
 void readRawFigures(TCardEntry &entry, const std::atomic<bool> *cancel)
 {
     if (entry.accepted())
-        entry.figures = raw::rawFiguresOfFile(entry.path, cancel);
+        entry.frame.figures = raw::rawFiguresOfFile(entry.path, cancel);
 }

@@ -6,24 +6,16 @@
 // thread.
 
 #include "card/filerows.h"
-#include "card/marks.h"
 #include "card/statistics.h"
-#include "raw/rawstats.h"
-
-#include <optional>
 
 struct TCardEntry {
     QString path;
     QString error;    // fileError(): why it is not accepted, or what is amiss with it
     TFrame frame;     // its exact texts and numbers, and whether it is accepted
     QList<TRow> rows; // what tolvik-info prints of it; only when asked for
-    // Its culling marks, from its sidecar or the DNG's own XMP; markError when
-    // the sidecar could not be read (its marks then count as unset).
-    TMark mark;
+    // Why its sidecar could not be read (its marks, frame.mark, then count as
+    // unset).
     QString markError;
-    // Its raw exposure figures, once counted (readRawFigures(): they take a
-    // pass over the raw data, so the card window counts them after the rest).
-    std::optional<raw::TRawFigures> figures;
 
     bool accepted() const { return frame.accepted; }
 };
@@ -36,7 +28,7 @@ struct TCardEntry {
 TCardEntry readCardEntry(const QString &path, const TRowOptions *rows = nullptr,
                          TSidecarNaming naming = TSidecarNaming::BaseName);
 
-// Counts the raw exposure figures of an accepted entry into it.
+// Counts the raw exposure figures of an accepted entry into frame.figures.
 void readRawFigures(TCardEntry &entry, const std::atomic<bool> *cancel = nullptr);
 
 // The rows tolvik-info --csv --exact prints of an entry read without rows,

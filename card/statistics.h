@@ -5,8 +5,12 @@
 // ISO, exposure time, program and day, on the exact values, for
 // tolvik-info --stats and the card window's charts. Qt Core only.
 
+#include "card/marks.h"
 #include "card/records.h"
 #include "exif/paneltexts.h"
+#include "raw/rawstats.h"
+
+#include <optional>
 
 class TM9File;
 
@@ -23,6 +27,11 @@ struct TFrame {
     bool accepted = false;
     TPanelTexts texts; // exact
     TPanelNumbers numbers;
+    // Its culling marks, from its sidecar or the DNG's own XMP.
+    TMark mark;
+    // Its raw exposure figures, once counted: they take a pass over the raw
+    // data, so the card window counts them after the rest.
+    std::optional<raw::TRawFigures> figures;
 };
 TFrame frameOf(const TM9File &file, bool accepted);
 
