@@ -55,14 +55,6 @@ QString csvNumber(const QVariant &value)
     return value.toString();
 }
 
-// "0.12%"; a clipped pixel or more never reads as none.
-QString percentText(const raw::TChannelFigures &c)
-{
-    if (c.clipped > 0 && c.clippedPercent < 0.005)
-        return QStringLiteral("<0.01%");
-    return QString::number(c.clippedPercent, 'f', 2) + QLatin1Char('%');
-}
-
 // Why a file is not figured: not accepted as an M9 / Monochrom DNG, or its
 // raw data cannot be decoded.
 raw::TRawFigures figuresOf(const QString &path)
@@ -100,10 +92,8 @@ QByteArray rawStatsRecord(TFormat format, const QString &path, const raw::TRawFi
         QString line = path;
         for (const raw::TChannelFigures &c : figures.channels) {
             line += QStringLiteral("  %1 %2 %3")
-                        .arg(c.name, percentText(c),
-                             c.headroomEv
-                                 ? QString::number(*c.headroomEv, 'f', 2) + QStringLiteral(" EV")
-                                 : QStringLiteral("n.a"));
+                        .arg(c.name, raw::clippedText(c.clippedPercent, c.clipped),
+                             raw::headroomText(c.headroomEv));
         }
         return (line + QLatin1Char('\n')).toUtf8();
     }

@@ -338,4 +338,30 @@ TRawFigures rawFiguresOfFile(const QString &path, const std::atomic<bool> *cance
     return counter.figures();
 }
 
+TFrameExposure frameExposure(const TRawFigures &figures)
+{
+    TFrameExposure exposure;
+    for (const TChannelFigures &c : figures.channels) {
+        if (c.clippedPercent > exposure.clippedPercent) {
+            exposure.clippedPercent = c.clippedPercent;
+            exposure.clipped = c.clipped;
+        }
+        if (c.headroomEv && (!exposure.headroomEv || *c.headroomEv < *exposure.headroomEv))
+            exposure.headroomEv = c.headroomEv;
+    }
+    return exposure;
+}
+
+QString clippedText(double percent, qint64 clipped)
+{
+    if (clipped > 0 && percent < 0.005)
+        return QStringLiteral("<0.01%");
+    return QString::number(percent, 'f', 2) + QLatin1Char('%');
+}
+
+QString headroomText(const std::optional<double> &ev)
+{
+    return ev ? QString::number(*ev, 'f', 2) + QStringLiteral(" EV") : QStringLiteral("n.a");
+}
+
 } // namespace raw

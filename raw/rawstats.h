@@ -61,6 +61,21 @@ TRawFigures rawFigures(const TRawImage &image);
 // is the decoder's reason when the file cannot be read.
 TRawFigures rawFiguresOfFile(const QString &path, const std::atomic<bool> *cancel = nullptr);
 
+// A frame's figures in one: the largest clipped percentage of its channels
+// (with the clipped count it stands for), and the smallest headroom, that of
+// the channel that clips first; none when no channel has one.
+struct TFrameExposure {
+    double clippedPercent = 0;
+    qint64 clipped = 0;
+    std::optional<double> headroomEv;
+};
+TFrameExposure frameExposure(const TRawFigures &figures);
+
+// The texts every view shows of the figures: "0.12%" (a clipped pixel or
+// more never reads as none: "<0.01%"), "1.32 EV" or "n.a".
+QString clippedText(double percent, qint64 clipped);
+QString headroomText(const std::optional<double> &ev);
+
 } // namespace raw
 
 #endif // RAWSTATS_H
