@@ -2,6 +2,7 @@
 
 #include "card/limits.h"
 #include "cardmodel.h"
+#include "marker.h"
 #include "rawfile/tm9file.h"
 #include "rawfile/upright.h"
 #include "workpool.h"
@@ -33,7 +34,7 @@ QImage cardPicture(const QString &path)
 
 TCardEntry readEntry(const QString &path, const TCancelled &)
 {
-    return readCardEntry(path);
+    return readCardEntry(path, nullptr, sidecarNaming());
 }
 
 } // namespace
@@ -105,6 +106,13 @@ void TCardLoader::read(const QStringList &files)
         m_loading = false;
         emit progress(m_done, m_total);
         emit finished(true);
+        for (int row = 0; row < m_model->rowCount(); ++row) {
+            if (m_model->entry(row).accepted() && !m_model->entry(row).frame.figures)
+                m_figuresQueue.append(m_model->entry(row).path);
+        }
+        m_figuresDone = 0;
+        m_figuresTotal = int(m_figuresQueue.size());
+        startFigures();
     });
     reading->setFuture(m_reading);
 }
@@ -146,6 +154,8 @@ void TCardLoader::stop()
     m_pictureQueue.clear();
     m_picturesAsked.clear();
     m_picturesRunning = 0;
+    m_figuresQueue.clear();
+    m_figuresRunning = 0;
     if (m_loading) {
         m_loading = false;
         emit finished(false);
@@ -184,5 +194,32 @@ void TCardLoader::startPictures()
                     startPictures();
                 });
         watcher->setFuture(QtConcurrent::run(workPool(), cardPicture, path));
+    }
+}
+
+// One file's figures per thread of the pool at most: the pictures the window
+// asks for meanwhile wait for one file at the most.
+void TCardLoader::startFigures()
+{
+    const int inFlight = workPool()->maxThreadCount();
+    while (m_figuresRunning < inFlight && !m_figuresQueue.isEmpty()) {
+        const QString path = m_figuresQueue.takeFirst();
+        ++m_figuresRunning;
+        auto *watcher = new QFutureWatcher<raw::TRawFigures>(this);
+        const int generation = m_generation;
+        connect(watcher, &QFutureWatcher<raw::TRawFigures>::finished, this,
+                [this, watcher, generation, path] {
+                    watcher->deleteLater();
+                    if (generation != m_generation)
+                        return;
+                    --m_figuresRunning;
+                    m_model->setFigures(path, watcher->result());
+                    emit figuresProgress(++m_figuresDone, m_figuresTotal);
+                    startFigures();
+                });
+        const auto cancelled = m_cancelled;
+        watcher->setFuture(QtConcurrent::run(workPool(), [path, cancelled] {
+            return raw::rawFiguresOfFile(path, cancelled.get());
+        }));
     }
 }

@@ -5,7 +5,9 @@
 // folder is searched, then its files are read on every thread of the pool,
 // and rows arrive in batches, as they are read, while the window goes on
 // answering. A file that does not answer holds up its own thread only.
-// Pictures are made for the rows the window asks for, small and once.
+// Pictures are made for the rows the window asks for, small and once. Once
+// every row is in, the raw figures of the accepted files are counted, a few
+// at a time, so that the shooting data never wait for them.
 //
 // stop(), a new folder or the loader's end cancel the reading at once at any
 // point, the search included: nothing is waited for, what the old reading
@@ -56,15 +58,21 @@ public:
     // Pictures asked for and not yet in the model.
     int picturesPending() const { return int(m_pictureQueue.size()) + m_picturesRunning; }
 
+    // Raw figures asked for and not yet in the model.
+    int figuresPending() const { return int(m_figuresQueue.size()) + m_figuresRunning; }
+
 signals:
     void progress(int done, int total); // total is -1 while the files are being found
     void finished(bool complete);       // false: stopped
+    // The raw figures of done of total files are in; done == total at the end.
+    void figuresProgress(int done, int total);
 
 private:
     void read(const QStringList &files);
     void takeResults(int begin, int end);
     void flush();
     void startPictures();
+    void startFigures();
 
     TCardModel *m_model;
     TReader m_reader;
@@ -82,7 +90,12 @@ private:
     QStringList m_pictureQueue;
     QSet<QString> m_picturesAsked; // made, being made or queued
     int m_picturesRunning = 0;
-    int m_generation = 0; // what a picture made must match to count
+    int m_generation = 0; // what a picture or figures made must match to count
+
+    QStringList m_figuresQueue;
+    int m_figuresRunning = 0;
+    int m_figuresDone = 0;
+    int m_figuresTotal = 0;
 };
 
 #endif // CARDLOADER_H

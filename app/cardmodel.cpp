@@ -26,6 +26,8 @@ struct TColumn {
 constexpr TColumn kColumns[] = {
     {TCardModel::Picture, "", nullptr, TSortBy::None, nullptr, 0},
     {TCardModel::FileName, "FileName", &TPanelTexts::fileName, TSortBy::Order, nullptr, 0},
+    {TCardModel::Rating, "Rating", nullptr, TSortBy::Number, nullptr, 0.5},
+    {TCardModel::Label, "Label", nullptr, TSortBy::Text, nullptr, 0},
     {TCardModel::DateTime, "Date/Time", &TPanelTexts::dateTime, TSortBy::Date, nullptr, 0},
     {TCardModel::Lens, "Lens", &TPanelTexts::lens, TSortBy::Text, nullptr, 0},
     {TCardModel::FocalLength, "Focal Length", &TPanelTexts::focalLength, TSortBy::Number,
@@ -37,6 +39,8 @@ constexpr TColumn kColumns[] = {
     {TCardModel::Iso, "ISO", &TPanelTexts::iso, TSortBy::Number, &TPanelNumbers::iso, 0.5},
     {TCardModel::ExpCorrection, "Exp.Correction", &TPanelTexts::expCorrection, TSortBy::Number,
      &TPanelNumbers::expCorrection, 0.05},
+    {TCardModel::Clipped, "Clipped", nullptr, TSortBy::Number, nullptr, 0.005},
+    {TCardModel::Headroom, "Headroom", nullptr, TSortBy::Number, nullptr, 0.005},
     {TCardModel::Metering, "Metering", &TPanelTexts::metering, TSortBy::Text, nullptr, 0},
     {TCardModel::ExpProgram, "Exp.Program", &TPanelTexts::expProgram, TSortBy::Text, nullptr, 0},
     {TCardModel::FrameSelector, "Frame Selector", &TPanelTexts::frameSelector, TSortBy::Text,
@@ -145,9 +149,22 @@ QString TCardModel::text(int row, int column) const
     const TColumn &c = kColumns[column];
     if (column == Error)
         return e.error;
-    if (!c.text || (!e.accepted() && column != FileName))
+    if (!e.accepted() && column != FileName)
         return QString();
-    return e.frame.texts.*c.text;
+    const std::optional<raw::TRawFigures> &figures = e.frame.figures;
+    switch (column) {
+    case Rating: return markTexts(e.frame.mark, true).rating;
+    case Label: return e.frame.mark.label;
+    case Clipped:
+    case Headroom: {
+        if (!figures || !figures->ok())
+            return QString();
+        const raw::TFrameExposure exposure = raw::frameExposure(*figures);
+        return column == Clipped ? raw::clippedText(exposure.clippedPercent, exposure.clipped)
+                                 : raw::headroomText(exposure.headroomEv);
+    }
+    default: return c.text ? e.frame.texts.*c.text : QString();
+    }
 }
 
 bool TCardModel::isNumberColumn(int column)
@@ -158,7 +175,23 @@ bool TCardModel::isNumberColumn(int column)
 double TCardModel::number(int row, int column) const
 {
     const TColumn &c = kColumns[column];
-    return c.number && entry(row).accepted() ? entry(row).frame.numbers.*c.number : std::nan("");
+    const TFrame &frame = entry(row).frame;
+    if (!frame.accepted)
+        return std::nan("");
+    switch (column) {
+    case Rating:
+        return frame.mark.hasRating && frame.mark.rating != 0 ? frame.mark.rating : std::nan("");
+    case Clipped:
+    case Headroom: {
+        if (!frame.figures || !frame.figures->ok())
+            return std::nan("");
+        const raw::TFrameExposure exposure = raw::frameExposure(*frame.figures);
+        if (column == Clipped)
+            return exposure.clippedPercent;
+        return exposure.headroomEv.value_or(std::nan(""));
+    }
+    default: return c.number ? frame.numbers.*c.number : std::nan("");
+    }
 }
 
 QVariant TCardModel::data(const QModelIndex &index, int role) const
@@ -250,6 +283,35 @@ void TCardModel::setPicture(const QString &path, const QImage &picture)
     emit dataChanged(cell, cell, {Qt::DecorationRole});
 }
 
+void TCardModel::setFigures(const QString &path, const raw::TRawFigures &figures)
+{
+    const int row = rowOfPath(path);
+    if (row < 0)
+        return;
+    m_rows[std::size_t(row)].entry.frame.figures = figures;
+    emit dataChanged(index(row, Clipped), index(row, Headroom));
+}
+
+void TCardModel::setMark(const QString &path, const TMark &mark)
+{
+    const int row = rowOfPath(path);
+    if (row < 0 || entry(row).frame.mark == mark)
+        return;
+    m_rows[std::size_t(row)].entry.frame.mark = mark;
+    emit dataChanged(index(row, Rating), index(row, Label));
+}
+
+void TCardModel::setPath(const QString &from, const QString &to)
+{
+    const int row = rowOfPath(from);
+    if (row < 0)
+        return;
+    m_rowOfPath.remove(from);
+    m_rowOfPath.insert(to, row);
+    m_rows[std::size_t(row)].entry.path = to;
+    emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
+
 bool TCardModel::hasPicture(int row) const
 {
     return !m_rows[std::size_t(row)].picture.isNull();
@@ -287,6 +349,14 @@ void TCardFilter::setText(const QString &text)
 void TCardFilter::setShowRejected(bool show)
 {
     m_showRejected = show;
+    invalidateFilter();
+}
+
+void TCardFilter::setMinimumStars(int stars)
+{
+    if (stars == m_minimumStars)
+        return;
+    m_minimumStars = stars;
     invalidateFilter();
 }
 
@@ -329,6 +399,10 @@ bool TCardFilter::filterAcceptsRow(int sourceRow, const QModelIndex &) const
 {
     const TCardEntry &entry = card()->entry(sourceRow);
     if (!m_showRejected && !entry.accepted())
+        return false;
+    const TMark &mark = entry.frame.mark;
+    if (m_minimumStars > 0 &&
+        (!entry.accepted() || !mark.hasRating || mark.rating < m_minimumStars))
         return false;
     // The statistics count accepted files only, and so does a condition.
     for (const TCondition &c : m_conditions) {

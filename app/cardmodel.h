@@ -23,6 +23,8 @@ public:
     enum Column {
         Picture,
         FileName,
+        Rating,
+        Label,
         DateTime,
         Lens,
         FocalLength,
@@ -30,6 +32,8 @@ public:
         ExposureTime,
         Iso,
         ExpCorrection,
+        Clipped,
+        Headroom,
         Metering,
         ExpProgram,
         FrameSelector,
@@ -74,6 +78,11 @@ public:
 
     // The picture of a file arrived (made kPictureHeight high on a worker).
     void setPicture(const QString &path, const QImage &picture);
+    // The raw figures of a file were counted; its marks changed.
+    void setFigures(const QString &path, const raw::TRawFigures &figures);
+    void setMark(const QString &path, const TMark &mark);
+    // A file moved (rejects moved aside, and back).
+    void setPath(const QString &from, const QString &to);
     bool hasPicture(int row) const;
 
     // The CSV of the given rows in the given order, as tolvik-info --csv
@@ -124,6 +133,9 @@ public:
 
     void setText(const QString &text);
     void setShowRejected(bool show);
+    // Only frames rated at least stars (0: every frame).
+    void setMinimumStars(int stars);
+    int minimumStars() const { return m_minimumStars; }
     // Only accepted frames with value in category; an empty value lifts the
     // category's condition. Conditions of different categories combine.
     void setCondition(TCategory category, const QString &value);
@@ -148,6 +160,7 @@ private:
     std::optional<TTypedValue> m_value; // m_text as a value, when it reads as one
     QList<TCondition> m_conditions;
     bool m_showRejected = true;
+    int m_minimumStars = 0;
 };
 
 #endif // CARDMODEL_H

@@ -6,6 +6,7 @@
 #include "cardmodel.h"
 #include "documents/pageframe.h"
 #include "documents/tcontactsheet.h"
+#include "marker.h"
 #include "safeprint.h"
 #include "settingskeys.h"
 #include "tframeview.h"
@@ -90,6 +91,25 @@ TCardWindow::TCardWindow(QWidget *parent)
         connect(m_filter, signal, this, [this] { updateShown(); });
     connect(m_filter, &QAbstractItemModel::modelReset, this, [this] { updateShown(); });
     connect(m_model, &QAbstractItemModel::rowsInserted, this, [this] { statisticsChanged(); });
+    // Raw figures and marks arrive after the rows: the charts count them too.
+    connect(m_model, &QAbstractItemModel::dataChanged, this,
+            [this](const QModelIndex &, const QModelIndex &, const QList<int> &roles) {
+                if (!roles.contains(Qt::DecorationRole))
+                    statisticsChanged();
+            });
+    connect(m_loader, &TCardLoader::figuresProgress, this, [this](int done, int total) {
+        statusBar()->showMessage(
+            done < total ? tr("Raw figures: %1 of %2 frames").arg(done).arg(total) : QString(), 0);
+    });
+
+    // Culling: the keys mark the selected rows; the marks written show in
+    // every window.
+    addMarkActions(ui->menuMark, ui->actionUndo_Marking,
+                   [this](const TMarkEdit &edit) { markSelected(edit); });
+    connect(marker(), &TMarker::marked, m_model, &TCardModel::setMark);
+    connect(marker(), &TMarker::undoChanged, ui->actionUndo_Marking, &QAction::setEnabled);
+    ui->actionUndo_Marking->setEnabled(marker()->canUndo());
+    fillMarkFilters();
     connect(m_filter, &TCardFilter::conditionsChanged, this, [this] { showConditions(); });
     connect(m_filter, &QAbstractItemModel::layoutChanged, this, [this] { askPicturesAhead(); });
     connect(ui->tableView->verticalScrollBar(), &QScrollBar::valueChanged, this,
@@ -115,6 +135,7 @@ TCardWindow::TCardWindow(QWidget *parent)
     showConditions();
     updateLenses();
     readSettings();
+    connect(m_filter, &TCardFilter::conditionsChanged, this, [this] { showMarkConditions(); });
 }
 
 TCardWindow::~TCardWindow()
@@ -129,6 +150,7 @@ void TCardWindow::openFolder(const QString &folder)
     setWindowTitle(QStringLiteral("Tolvik \u2013 ") + QDir::toNativeSeparators(m_folder));
     statusBar()->clearMessage();
     m_filter->clearConditions(); // those of the card before
+    ui->cbRating->setCurrentIndex(0);
     m_loader->start(m_folder);
     emit folderOpened(m_folder);
 }
@@ -145,6 +167,8 @@ void TCardWindow::readSettings()
         header->setSortIndicator(TCardModel::DateTime, Qt::AscendingOrder);
     ui->tableView->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
     ui->splitter->restoreState(settings.value(settingskeys::kCardSplitter).toByteArray());
+    ui->actionStep_After_Marking->setChecked(
+        settings.value(settingskeys::kStepAfterMarking, false).toBool());
 }
 
 void TCardWindow::saveSettings() const
@@ -345,6 +369,106 @@ void TCardWindow::on_cbLens_currentIndexChanged(int index)
 {
     m_filter->setCondition(TCategory::Lens, ui->cbLens->itemData(index).toString());
 }
+
+// The rating filter's choices: at least so many stars, or one rating.
+struct TRatingChoice {
+    const char *text;
+    int minimumStars;
+    const char *rating; // the rating chart's value it stands for
+};
+constexpr TRatingChoice kRatingChoices[] = {
+    {"Any rating", 0, ""},
+    {"\u2605 and more", 1, ""},
+    {"\u2605\u2605 and more", 2, ""},
+    {"\u2605\u2605\u2605 and more", 3, ""},
+    {"\u2605\u2605\u2605\u2605 and more", 4, ""},
+    {"\u2605\u2605\u2605\u2605\u2605", 5, ""},
+    {"Unrated", 0, "unrated"},
+    {"Rejected", 0, "rejected"},
+};
+
+void TCardWindow::fillMarkFilters()
+{
+    for (const TRatingChoice &choice : kRatingChoices)
+        ui->cbRating->addItem(tr(choice.text));
+    ui->cbLabel->addItem(tr("Any label"), QString());
+    for (const TColourLabelText &label : kColourLabels) {
+        if (label.code != TColourLabel::None)
+            ui->cbLabel->addItem(tr(label.text), QString::fromLatin1(label.text));
+    }
+    ui->cbLabel->addItem(tr("No label"), QStringLiteral("none"));
+}
+
+void TCardWindow::on_cbRating_currentIndexChanged(int index)
+{
+    if (index < 0)
+        return;
+    const TRatingChoice &choice = kRatingChoices[index];
+    m_filter->setMinimumStars(choice.minimumStars);
+    m_filter->setCondition(TCategory::Rating, QString::fromLatin1(choice.rating));
+}
+
+void TCardWindow::on_cbLabel_currentIndexChanged(int index)
+{
+    m_filter->setCondition(TCategory::Label, ui->cbLabel->itemData(index).toString());
+}
+
+// The selectors follow the conditions a bar or the condition bar set.
+void TCardWindow::showMarkConditions()
+{
+    const QString rating = m_filter->condition(TCategory::Rating);
+    int choice = 0;
+    for (int i = 0; i < int(std::size(kRatingChoices)); ++i) {
+        const TRatingChoice &c = kRatingChoices[i];
+        if (rating.isEmpty() ? c.minimumStars == m_filter->minimumStars() && !*c.rating
+                             : rating == QLatin1String(c.rating))
+            choice = i;
+    }
+    const QSignalBlocker ratingBlocker(ui->cbRating);
+    ui->cbRating->setCurrentIndex(choice);
+    const QSignalBlocker labelBlocker(ui->cbLabel);
+    ui->cbLabel->setCurrentIndex(
+        std::max(0, ui->cbLabel->findData(m_filter->condition(TCategory::Label))));
+}
+
+// --- culling ---
+
+QStringList TCardWindow::selectedPaths() const
+{
+    QList<int> rows;
+    for (const QModelIndex &index : ui->tableView->selectionModel()->selectedRows())
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    QStringList paths;
+    for (const int row : rows) {
+        const QString path = pathAt(m_filter->index(row, 0));
+        if (!path.isEmpty())
+            paths.append(path);
+    }
+    return paths;
+}
+
+void TCardWindow::markSelected(const TMarkEdit &edit)
+{
+    const QStringList paths = selectedPaths();
+    if (paths.isEmpty())
+        return;
+    marker()->mark(paths, edit);
+    if (paths.size() == 1 && ui->actionStep_After_Marking->isChecked())
+        stepRow(+1);
+}
+
+void TCardWindow::on_actionUndo_Marking_triggered()
+{
+    marker()->undo();
+}
+
+void TCardWindow::on_actionStep_After_Marking_toggled(bool checked)
+{
+    QSettings().setValue(settingskeys::kStepAfterMarking, checked);
+}
+
+void TCardWindow::on_actionMove_Rejected_triggered() {}
 
 void TCardWindow::on_chkRejected_toggled(bool checked)
 {

@@ -17,6 +17,7 @@ class TCardModel;
 class TContactSheet;
 class TFrameView;
 enum class TCategory;
+struct TMarkEdit;
 
 namespace Ui {
 class TCardWindow;
@@ -70,6 +71,11 @@ private slots:
     void on_cbLens_currentIndexChanged(int index);
     void on_chkRejected_toggled(bool checked);
     void on_btnStop_clicked();
+    void on_cbRating_currentIndexChanged(int index);
+    void on_cbLabel_currentIndexChanged(int index);
+    void on_actionUndo_Marking_triggered();
+    void on_actionStep_After_Marking_toggled(bool checked);
+    void on_actionMove_Rejected_triggered();
     void on_tableView_activated(const QModelIndex &index);
 
 private:
@@ -84,6 +90,11 @@ private:
     void updateStatistics();
     void showConditions();
     QList<int> shownRows() const;
+    // The accepted files of the selected rows, in the shown order.
+    QStringList selectedPaths() const;
+    void markSelected(const TMarkEdit &edit);
+    void fillMarkFilters();
+    void showMarkConditions();
     bool makeSheetPictures(TContactSheet &sheet);
     QStringList cardFiles() const; // every file of the card, to be kept from any output
     QString pathAt(const QModelIndex &index) const;

@@ -7,6 +7,7 @@
 #include "cardwindow.h"
 #include "documents/treport.h"
 #include "exif/paneltexts.h"
+#include "marker.h"
 #include "rawfile/tm9file.h"
 #include "safeprint.h"
 #include "settingskeys.h"
@@ -42,6 +43,7 @@
 #include <QSettings>
 #include <QShortcut>
 #include <QStandardPaths>
+#include <QToolTip>
 #include <QUrl>
 
 namespace {
@@ -163,6 +165,29 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     stepKey(Qt::Key_PageUp, -1, false);
     stepKey(Qt::Key_Right, +1, true);
     stepKey(Qt::Key_Left, -1, true);
+
+    // Culling: the keys mark the shown file; what it now holds shows briefly
+    // over the panel.
+    addMarkActions(ui->menuMark, ui->actionUndo_Marking, [this](const TMarkEdit &edit) {
+        if (currentFileName.isEmpty() || !rawFileShown)
+            return;
+        marker()->mark({currentFileName}, edit);
+        if (QSettings().value(settingskeys::kStepAfterMarking, false).toBool())
+            stepFile(+1);
+    });
+    ui->menuMark->insertSeparator(ui->actionUndo_Marking);
+    connect(marker(), &TMarker::undoChanged, ui->actionUndo_Marking, &QAction::setEnabled);
+    connect(marker(), &TMarker::marked, this, [this](const QString &path, const TMark &mark) {
+        if (path != currentFileName || !isActiveWindow())
+            return;
+        const TMarkTexts texts = markTexts(mark, true);
+        const QString shown =
+            QStringList{texts.rating, texts.label}.join(QLatin1Char(' ')).trimmed();
+        QToolTip::showText(mapToGlobal(rect().center()),
+                           QFileInfo(path).fileName() + QStringLiteral(": ") +
+                               (shown.isEmpty() ? tr("no marks") : shown),
+                           this);
+    });
 
     // File > Open Recent, below Open..., filled each time it opens.
     recentMenu = new QMenu(tr("Open &Recent"), this);
@@ -498,6 +523,11 @@ QString MainWindow::steppedFile(const QString &path, int direction) const
             return next;
     }
     return neighbourFile(path, direction);
+}
+
+void MainWindow::on_actionUndo_Marking_triggered()
+{
+    marker()->undo();
 }
 
 void MainWindow::on_actionFrame_triggered()

@@ -81,6 +81,7 @@ private slots:
     void on_actionCopy_triggered();
     void on_actionExact_Values_toggled(bool checked);
     void on_actionFrame_triggered();
+    void on_actionUndo_Marking_triggered();
     void on_tbtnOpenClose_clicked();
     void onShowRGB(QPointF position, unsigned int rgb);
     void onShowRGBAus();

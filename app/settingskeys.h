@@ -18,8 +18,16 @@ inline constexpr QLatin1String kExactValues("View/exactValues");
 inline constexpr QLatin1String kMainGeometry("MainWindow/geometry");
 inline constexpr QLatin1String kMainState("MainWindow/windowState");
 inline constexpr QLatin1String kCardGeometry("CardWindow/geometry");
-inline constexpr QLatin1String kCardColumns("CardWindow/columns");
+// The table's columns; a new name when columns were added, so that an older
+// order is not laid over them.
+inline constexpr QLatin1String kCardColumns("CardWindow/tableColumns");
 inline constexpr QLatin1String kCardSplitter("CardWindow/splitter");
+// Culling: the name a new sidecar gets ("base": L1001234.xmp, "full":
+// L1001234.DNG.xmp), where rejected frames are moved ("folder": _rejected
+// beside them, "trash"), and whether marking a frame shows the next.
+inline constexpr QLatin1String kSidecarName("Marks/sidecarName");
+inline constexpr QLatin1String kRejectsTo("Marks/rejectsTo");
+inline constexpr QLatin1String kStepAfterMarking("Marks/stepAfterMarking");
 
 } // namespace settingskeys
 

@@ -1,8 +1,11 @@
 #include "tdlgpreferences.h"
 #include "ui_tdlgpreferences.h"
 
+#include "settingskeys.h"
+
 #include <QFileDialog>
 #include <QItemSelectionModel>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QStringListModel>
 
@@ -38,6 +41,26 @@ TDlgPreferences::TDlgPreferences(QWidget *parent, QList<QString> list)
     model->setStringList(list);
     ui->listView->setSelectionMode(QAbstractItemView::SingleSelection);
     ui->listView->setModel(model);
+    const QSettings settings;
+    ui->cbSidecarName->setCurrentIndex(
+        settings.value(settingskeys::kSidecarName).toString() == QLatin1String("full") ? 1 : 0);
+    ui->cbRejectsTo->setCurrentIndex(
+        settings.value(settingskeys::kRejectsTo).toString() == QLatin1String("trash") ? 1 : 0);
+    ui->chkStepAfterMarking->setChecked(
+        settings.value(settingskeys::kStepAfterMarking, false).toBool());
+}
+
+void TDlgPreferences::accept()
+{
+    QSettings settings;
+    settings.setValue(settingskeys::kSidecarName, ui->cbSidecarName->currentIndex() == 1
+                                                      ? QStringLiteral("full")
+                                                      : QStringLiteral("base"));
+    settings.setValue(settingskeys::kRejectsTo, ui->cbRejectsTo->currentIndex() == 1
+                                                    ? QStringLiteral("trash")
+                                                    : QStringLiteral("folder"));
+    settings.setValue(settingskeys::kStepAfterMarking, ui->chkStepAfterMarking->isChecked());
+    QDialog::accept();
 }
 
 TDlgPreferences::~TDlgPreferences()

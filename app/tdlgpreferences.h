@@ -2,8 +2,9 @@
 #define TDLGPREFERENCES_H
 
 // The preferences: the list of external programs that the window's context
-// menu offers for the open file. The dialog works on a copy; the window takes
-// the list over only when the dialog is accepted.
+// menu offers for the open file, and how frames are marked. The dialog works
+// on a copy; the window takes the list over only when the dialog is
+// accepted, and the marking choices are kept then.
 
 #include <QDialog>
 #include <QList>
@@ -24,6 +25,7 @@ public:
     ~TDlgPreferences() override;
 
     QStringList programmListe() const;
+    void accept() override;
 
 private slots:
     void on_pbAdd_clicked();

@@ -10,7 +10,7 @@ TStatisticsPane::TStatisticsPane(QWidget *parent) : QWidget(parent), m_temperatu
 {
     auto *content = new QWidget;
     auto *charts = new QVBoxLayout(content);
-    for (const TCategory category : kCategories) {
+    for (const TCategory category : kWindowCategories) {
         auto *chart = new TBarChart(category, content);
         connect(chart, &TBarChart::barClicked, this, &TStatisticsPane::barClicked);
         charts->addWidget(chart);

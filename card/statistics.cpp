@@ -21,7 +21,30 @@ constexpr TCategoryName kCategoryNames[] = {
     {TCategory::ExposureTime, "Exposure time"},
     {TCategory::Program, "Exposure program"},
     {TCategory::Day, "Day"},
+    {TCategory::Rating, "Rating"},
+    {TCategory::Label, "Colour label"},
+    {TCategory::Headroom, "Headroom"},
 };
+
+// The frame's headroom: the channel's that clips first.
+std::optional<double> headroomOf(const TFrame &frame)
+{
+    if (!frame.figures || !frame.figures->ok())
+        return std::nullopt;
+    return raw::frameExposure(*frame.figures).headroomEv;
+}
+
+// Where a label stands among the colours; other texts after them.
+double labelKey(const QString &label)
+{
+    double key = 0;
+    for (const TColourLabelText &colour : kColourLabels) {
+        if (label == QLatin1String(colour.text))
+            return colour.code == TColourLabel::None ? std::size(kColourLabels) : key;
+        ++key;
+    }
+    return std::nan("");
+}
 
 // The value's place in the category's order: a number, a day, or NaN for the
 // categories ordered by name.
@@ -35,6 +58,13 @@ double orderKey(const TFrame &frame, TCategory category)
     case TCategory::ExposureTime: return n.exposureTime;
     case TCategory::Day:
         return n.taken.isValid() ? double(n.taken.date().toJulianDay()) : std::nan("");
+    case TCategory::Rating: return frame.mark.hasRating ? frame.mark.rating : 0;
+    case TCategory::Label: return labelKey(frame.mark.label);
+    case TCategory::Headroom: {
+        const std::optional<double> ev = headroomOf(frame);
+        return ev ? std::min(std::floor(*ev / kHeadroomStepEv) * kHeadroomStepEv, kHeadroomTopEv)
+                  : std::nan("");
+    }
     case TCategory::Lens:
     case TCategory::Program: break;
     }
@@ -70,6 +100,22 @@ QString categoryText(const TFrame &frame, TCategory category)
     case TCategory::Day:
         return frame.numbers.taken.isValid() ? frame.numbers.taken.date().toString(Qt::ISODate)
                                              : notAvailableText();
+    case TCategory::Rating: {
+        const QString stars = markTexts(frame.mark, true).rating;
+        return stars.isEmpty() ? QStringLiteral("unrated") : stars;
+    }
+    case TCategory::Label:
+        return frame.mark.label.isEmpty() ? QStringLiteral("none") : frame.mark.label;
+    case TCategory::Headroom: {
+        const double step = orderKey(frame, category);
+        if (std::isnan(step))
+            return notAvailableText();
+        if (step >= kHeadroomTopEv)
+            return QStringLiteral("\u2265 %1 EV").arg(step, 0, 'f', 1);
+        return QStringLiteral("%1\u2013%2 EV")
+            .arg(step, 0, 'f', 1)
+            .arg(step + kHeadroomStepEv, 0, 'f', 1);
+    }
     }
     return notAvailableText();
 }

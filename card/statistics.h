@@ -14,11 +14,35 @@
 
 class TM9File;
 
-enum class TCategory { Lens, FocalLength, Aperture, Iso, ExposureTime, Program, Day };
+enum class TCategory {
+    Lens,
+    FocalLength,
+    Aperture,
+    Iso,
+    ExposureTime,
+    Program,
+    Day,
+    // What the photographer and the raw data add: the window's charts only.
+    Rating,
+    Label,
+    Headroom
+};
+// What the file's own values tell, as tolvik-info --stats counts them.
 inline constexpr TCategory kCategories[] = {
     TCategory::Lens,         TCategory::FocalLength, TCategory::Aperture, TCategory::Iso,
     TCategory::ExposureTime, TCategory::Program,     TCategory::Day,
 };
+// The card window's charts: the file's values, then the marks and the raw
+// figures.
+inline constexpr TCategory kWindowCategories[] = {
+    TCategory::Lens,         TCategory::FocalLength, TCategory::Aperture, TCategory::Iso,
+    TCategory::ExposureTime, TCategory::Program,     TCategory::Day,      TCategory::Rating,
+    TCategory::Label,        TCategory::Headroom,
+};
+
+// Headroom is counted in steps this wide (EV), up to the last, open one.
+inline constexpr double kHeadroomStepEv = 0.5;
+inline constexpr double kHeadroomTopEv = 3.0;
 
 QString categoryName(TCategory category); // "Lens", "Focal length", ...
 
@@ -36,6 +60,9 @@ struct TFrame {
 TFrame frameOf(const TM9File &file, bool accepted);
 
 // The frame's value in a category: the text counted, shown and filtered on.
+// A rating reads "★★★☆☆", "rejected" or "unrated"; a label its text or
+// "none"; the headroom its step ("0.5–1.0 EV", "≥ 3.0 EV"), "n.a" before the
+// figures are counted.
 QString categoryText(const TFrame &frame, TCategory category);
 
 struct TCount {
