@@ -5,13 +5,16 @@
 // with bars of its statistics narrowing the table.
 
 #include "apptest.h"
+#include "card/marks.h"
 #include "cardloader.h"
 #include "cardmodel.h"
 #include "cardwindow.h"
 #include "documents/tcontactsheet.h"
 #include "mainwindow.h"
+#include "marker.h"
 #include "settingskeys.h"
 #include "tbarchart.h"
+#include "tests/support/rawgen.h"
 #include "tstatisticspane.h"
 #include "workpool.h"
 
@@ -23,6 +26,7 @@
 #include <QFile>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPrintPreviewDialog>
 #include <QProcess>
@@ -57,6 +61,7 @@ private slots:
     void stopWhileAFileHangs();
     void emptyFolderFinishes();
     void windowOnFolder();
+    void culling();
 
 private:
     QStringList shownNames() const; // file names of m_filter's rows, top to bottom
@@ -473,6 +478,132 @@ void TestCard::windowOnFolder()
     QCOMPARE(again.findChild<QTableView *>()->horizontalHeader()->sortIndicatorSection(),
              int(TCardModel::FileName));
     QCOMPARE(lastFolder(), QFileInfo(m_card.path()).absoluteFilePath());
+}
+
+// Marking from the keyboard: the selected rows get the marks in their
+// sidecars, the columns, filters and charts follow, Ctrl+Z takes them back
+// in order, and a folder that refuses the sidecars says so once and changes
+// nothing. The raw figures fill their columns once the rows are in.
+void TestCard::culling()
+{
+    QTemporaryDir dir;
+    fixture::RawOptions raw;
+    raw.width = 96, raw.height = 64;
+    for (const char *name : {"A.DNG", "B.DNG", "C.DNG", "D.DNG"}) {
+        raw.channelGain =
+            name[0] == 'A' ? std::array<double, 3>{8, 1, 1} : std::array<double, 3>{0.5, 0.5, 0.5};
+        QVERIFY(fixture::writeRawDng(dir.filePath(QLatin1String(name)), raw));
+    }
+    QFile a(dir.filePath(QStringLiteral("A.DNG")));
+    QVERIFY(a.open(QIODevice::ReadOnly));
+    const QByteArray aBytes = a.readAll();
+
+    TCardWindow card;
+    card.show();
+    card.openFolder(dir.path());
+    auto *view = card.findChild<QTableView *>();
+    QTRY_VERIFY(card.findChild<QProgressBar *>()->isHidden());
+    view->sortByColumn(TCardModel::FileName, Qt::AscendingOrder);
+    const auto cell = [&](int row, int column) {
+        return view->model()->index(row, column).data().toString();
+    };
+    // A's red clips: its clipped share and no headroom; the others have some.
+    QTRY_VERIFY(!cell(3, TCardModel::Headroom).isEmpty());
+    QVERIFY(cell(0, TCardModel::Clipped) != QStringLiteral("0.00%"));
+    QCOMPARE(cell(0, TCardModel::Headroom), QStringLiteral("0.00 EV"));
+    QCOMPARE(cell(1, TCardModel::Clipped), QStringLiteral("0.00%"));
+
+    const auto select = [&](int first, int last) {
+        view->setCurrentIndex(view->model()->index(first, TCardModel::FileName));
+        view->selectionModel()->select(
+            QItemSelection(view->model()->index(first, 0), view->model()->index(last, 0)),
+            QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    };
+    const auto press = [&](int key, Qt::KeyboardModifiers modifiers = {}) {
+        QApplication::setActiveWindow(&card);
+        QTest::keyClick(view, Qt::Key(key), modifiers);
+        QTRY_VERIFY(!marker()->isBusy());
+    };
+    const auto marks = [&] {
+        QStringList shown;
+        for (int row = 0; row < 4; ++row)
+            shown.append(cell(row, TCardModel::Rating) + QLatin1Char('/') +
+                         cell(row, TCardModel::Label));
+        return shown.join(QLatin1Char(' '));
+    };
+    select(0, 1);
+    press(Qt::Key_3);
+    press(Qt::Key_6);
+    QCOMPARE(marks(), QStringLiteral("\u2605\u2605\u2605\u2606\u2606/Red "
+                                     "\u2605\u2605\u2605\u2606\u2606/Red / /"));
+    QCOMPARE(readMarks(dir.filePath(QStringLiteral("B.DNG")), TSidecarNaming::BaseName).mark,
+             (TMark{3, true, QStringLiteral("Red")}));
+    QVERIFY(QFileInfo::exists(dir.filePath(QStringLiteral("A.xmp"))));
+    select(1, 1);
+    press(Qt::Key_6); // B only: its label comes off
+    select(2, 2);
+    press(Qt::Key_X);
+    select(3, 3);
+    press(Qt::Key_9);
+    QCOMPARE(marks(), QStringLiteral("\u2605\u2605\u2605\u2606\u2606/Red "
+                                     "\u2605\u2605\u2605\u2606\u2606/ rejected/ /Blue"));
+
+    // The filters and the rating chart.
+    auto *ratings = card.findChild<QComboBox *>(QStringLiteral("cbRating"));
+    auto *labels = card.findChild<QComboBox *>(QStringLiteral("cbLabel"));
+    const auto shown = [&] {
+        QStringList names;
+        for (int row = 0; row < view->model()->rowCount(); ++row)
+            names.append(cell(row, TCardModel::FileName).left(1));
+        return names.join(QString());
+    };
+    const std::pair<const char *, const char *> choices[] = {
+        {"\u2605\u2605\u2605 and more", "AB"}, {"Rejected", "C"}, {"Unrated", "D"}};
+    for (const auto &[choice, names] : choices) {
+        ratings->setCurrentIndex(ratings->findText(QString::fromUtf8(choice)));
+        QCOMPARE(shown(), QLatin1String(names));
+    }
+    ratings->setCurrentIndex(0);
+    labels->setCurrentIndex(labels->findData(QStringLiteral("none")));
+    QCOMPARE(shown(), QStringLiteral("BC"));
+    labels->setCurrentIndex(0);
+    auto *chart = card.findChild<TStatisticsPane *>()->chart(TCategory::Rating);
+    QTRY_COMPARE(chart->counts().size(), 3);
+    QCOMPARE(chart->counts()[0].value, QStringLiteral("rejected"));
+    QCOMPARE(chart->counts()[2].frames, 2);
+
+    // Undo: D's label, then C's reject.
+    press(Qt::Key_Z, Qt::ControlModifier);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(marks(), QStringLiteral("\u2605\u2605\u2605\u2606\u2606/Red "
+                                     "\u2605\u2605\u2605\u2606\u2606/ / /"));
+
+    // Stepping on after marking one frame.
+    card.findChild<QAction *>(QStringLiteral("actionStep_After_Marking"))->setChecked(true);
+    select(2, 2);
+    press(Qt::Key_1);
+    QCOMPARE(view->currentIndex().row(), 3);
+    card.findChild<QAction *>(QStringLiteral("actionStep_After_Marking"))->setChecked(false);
+
+    // Sidecars that do not parse: one message for both frames, naming them,
+    // and the sidecars left as they were.
+    for (const char *name : {"C.xmp", "D.xmp"})
+        QVERIFY(fixture::writeFile(dir.filePath(QLatin1String(name)), "not XMP"));
+    QSignalSpy problems(marker(), &TMarker::problem);
+    select(2, 3);
+    press(Qt::Key_5);
+    QCOMPARE(problems.size(), 1);
+    QVERIFY(problems[0][0].toString().contains(
+        QStringLiteral("These frames kept their old marks: C.DNG, D.DNG")));
+    QFile c(dir.filePath(QStringLiteral("C.xmp")));
+    QVERIFY(c.open(QIODevice::ReadOnly));
+    QCOMPARE(c.readAll(), QByteArray("not XMP"));
+    for (QWidget *box : QApplication::topLevelWidgets()) {
+        if (qobject_cast<QMessageBox *>(box))
+            box->close();
+    }
+    QVERIFY(a.seek(0));
+    QCOMPARE(a.readAll(), aBytes);
 }
 
 QTEST_MAIN(TestCard)
