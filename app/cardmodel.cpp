@@ -1,6 +1,8 @@
 #include "cardmodel.h"
 
 #include <QGuiApplication>
+#include <QIcon>
+#include <QPainter>
 #include <QPalette>
 #include <QRegularExpression>
 
@@ -129,6 +131,30 @@ int compareKeys(const QVariant &l, const QVariant &r)
     }
 }
 
+// A label's dot beside its name, in its own colour for the five colours.
+QVariant labelDot(const QString &label)
+{
+    constexpr int kDot = 12; // pixels
+    static QHash<QString, QIcon> dots;
+    for (const TColourLabelText &colour : kColourLabels) {
+        if (colour.code == TColourLabel::None || label != QLatin1String(colour.text))
+            continue;
+        QIcon &dot = dots[label];
+        if (dot.isNull()) {
+            QPixmap pixmap(kDot, kDot);
+            pixmap.fill(Qt::transparent);
+            QPainter painter(&pixmap);
+            painter.setRenderHint(QPainter::Antialiasing);
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(QColor(QRgb(colour.rgb)));
+            painter.drawEllipse(QRectF(0.5, 0.5, kDot - 1, kDot - 1));
+            dot = QIcon(pixmap);
+        }
+        return dot;
+    }
+    return {};
+}
+
 } // namespace
 
 TCardModel::TCardModel(QObject *parent) : QAbstractTableModel(parent) {}
@@ -205,6 +231,8 @@ QVariant TCardModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole: return text(row, column);
     case Qt::DecorationRole:
+        if (column == Label)
+            return labelDot(e.frame.mark.label);
         if (column != Picture || m_rows[std::size_t(row)].picture.isNull())
             return {};
         return m_rows[std::size_t(row)].picture;
@@ -215,7 +243,7 @@ QVariant TCardModel::data(const QModelIndex &index, int role) const
             return QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text);
         return {};
     case Qt::TextAlignmentRole:
-        if (c.sortBy == TSortBy::Number)
+        if (c.sortBy == TSortBy::Number && column != Rating)
             return int(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     case kSortRole: {

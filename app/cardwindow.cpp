@@ -44,6 +44,7 @@ constexpr int kFileNameWidth = 120;
 constexpr int kDateTimeWidth = 140;
 constexpr int kLensWidth = 220;
 constexpr int kApertureWidth = 190; // "Aperture (camera's estimate)"
+constexpr int kRatingWidth = 80;    // "★★★★★"
 constexpr int kStatisticsWidth = 380;
 constexpr int kFramePaneWidth = 320; // the selected frame, beside the table
 
@@ -73,6 +74,8 @@ TCardWindow::TCardWindow(QWidget *parent)
     header->resizeSection(TCardModel::DateTime, kDateTimeWidth);
     header->resizeSection(TCardModel::Lens, kLensWidth);
     header->resizeSection(TCardModel::Aperture, kApertureWidth);
+    header->resizeSection(TCardModel::Rating, kRatingWidth);
+    header->resizeSection(TCardModel::Label, kRatingWidth);
     // The error column takes the rest; a reason longer still keeps its start
     // and its end (the finding), and the tool tip has it in full.
     header->setStretchLastSection(true);

@@ -32,14 +32,20 @@ struct TMark {
 
 enum class TColourLabel { None, Red, Yellow, Green, Blue, Purple };
 
-// The colour labels as stored in xmp:Label, the texts Lightroom and Bridge use.
+// The colour labels as stored in xmp:Label, the texts Lightroom and Bridge
+// use, and the colour every view shows them in (0xRRGGBB).
 struct TColourLabelText {
     TColourLabel code;
     const char *text;
+    unsigned rgb;
 };
 inline constexpr TColourLabelText kColourLabels[] = {
-    {TColourLabel::None, ""},       {TColourLabel::Red, "Red"},   {TColourLabel::Yellow, "Yellow"},
-    {TColourLabel::Green, "Green"}, {TColourLabel::Blue, "Blue"}, {TColourLabel::Purple, "Purple"},
+    {TColourLabel::None, "", 0},
+    {TColourLabel::Red, "Red", 0xd83b3b},
+    {TColourLabel::Yellow, "Yellow", 0xe8c21c},
+    {TColourLabel::Green, "Green", 0x3fa34d},
+    {TColourLabel::Blue, "Blue", 0x3b6fd8},
+    {TColourLabel::Purple, "Purple", 0x9046c4},
 };
 QString lookup(TColourLabel label);
 

@@ -6,6 +6,8 @@
 // directory.
 //   tolvik-screenshots FILE.dng OUTDIR
 
+#include "card/marks.h"
+#include "cardmodel.h"
 #include "cardwindow.h"
 #include "documents/tcontactsheet.h"
 #include "documents/treport.h"
@@ -21,9 +23,12 @@
 #include <QApplication>
 #include <QDialog>
 #include <QGraphicsView>
+#include <QHeaderView>
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QProgressBar>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -98,7 +103,16 @@ bool writeCard(const QString &dir)
         raw.frame = number % 7;
         raw.monochrom = f.monochrom;
         raw.sample = o;
-        if (!fixture::writeRawDng(dir + QStringLiteral("/L100%1.DNG").arg(number++), raw))
+        // Some frames exposed to the right and beyond, some held back.
+        raw.exposureStops = (number % 4 - 1) * 0.8;
+        const QString path = dir + QStringLiteral("/L100%1.DNG").arg(number++);
+        if (!fixture::writeRawDng(path, raw))
+            return false;
+        // A cull begun: stars, a reject and labels in the frames' sidecars.
+        const TMark marks[] = {{3, true, {}},       {-1, true, {}}, {5, true, "Red"},
+                               {0, false, "Green"}, {2, true, {}},  {4, true, "Blue"}};
+        const TMark &mark = marks[number % std::size(marks)];
+        if (writeMarks(path, mark, TSidecarNaming::BaseName).outcome == TMarkOutcome::Failed)
             return false;
     }
     fixture::SampleM9 other;
@@ -120,6 +134,16 @@ bool saveCard(const QString &folder, const QString &dir)
     if (!QTest::qWaitFor([&] { return card->findChild<QProgressBar *>()->isHidden(); }))
         return false;
     QTest::qWait(300); // the pictures
+    const auto figured = [view] {
+        for (int row = 0; row < view->model()->rowCount(); ++row) {
+            if (view->model()->index(row, TCardModel::Headroom).data().toString().isEmpty() &&
+                view->model()->index(row, TCardModel::Error).data().toString().isEmpty())
+                return false;
+        }
+        return true;
+    };
+    if (!QTest::qWaitFor(figured))
+        return false;
     view->setCurrentIndex(view->model()->index(4, 1));
     if (!save(*card, dir + QStringLiteral("card.png")))
         return false;
@@ -145,6 +169,19 @@ bool saveCard(const QString &folder, const QString &dir)
     clickBar(TCategory::Lens, QStringLiteral("Summilux"));
     clickBar(TCategory::Iso, QStringLiteral("160"));
     if (!save(*card, dir + QStringLiteral("card-lens.png")))
+        return false;
+
+    // The cull's and the exposure's side: the rating, label and raw figures'
+    // columns beside each other, and the charts at their end.
+    card->findChild<QToolButton *>(QStringLiteral("btnClearCategory"))->click();
+    QHeaderView *header = view->horizontalHeader();
+    for (const int column : {TCardModel::Clipped, TCardModel::Headroom})
+        header->moveSection(header->visualIndex(column),
+                            header->visualIndex(TCardModel::Label) + 1);
+    card->findChild<TStatisticsPane *>()->findChild<QScrollArea *>()->verticalScrollBar()->setValue(
+        1 << 20);
+    QTest::qWait(300);
+    if (!save(*card, dir + QStringLiteral("card-exposure.png")))
         return false;
 
     // The charts in a dark theme's colours.
