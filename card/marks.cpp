@@ -10,31 +10,12 @@
 #include <QSaveFile>
 
 #include <cerrno>
-#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr int kMaxStars = 5;
-
-// Reasons a write fails for every file of its folder alike: a card mounted
-// read-only or locked, a folder of someone else's, a full card.
-constexpr int kFolderErrors[] = {EROFS, EACCES, EPERM, ENOSPC, EDQUOT};
-
-QString errnoText(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
-bool isFolderFailure(const QString &error)
-{
-    for (const int code : kFolderErrors) {
-        if (error.endsWith(QStringLiteral(": ") + errnoText(code)))
-            return true;
-    }
-    return false;
-}
 
 // The two names of the sidecar, the preferred first.
 std::pair<QString, QString> sidecarNames(const QString &rawPath, TSidecarNaming naming)
@@ -153,6 +134,19 @@ QString sidecarFor(const QString &rawPath, TSidecarNaming naming)
 {
     const QString existing = existingSidecar(rawPath, naming);
     return existing.isEmpty() ? sidecarNames(rawPath, naming).first : existing;
+}
+
+QStringList sidecarsOf(const QString &rawPath)
+{
+    QStringList found;
+    const auto [base, full] = sidecarNames(rawPath, TSidecarNaming::BaseName);
+    for (const QString &name : {base, full}) {
+        const QFileInfo info(name);
+        if ((info.exists() || info.isSymLink()) && !info.isDir() && !found.contains(name) &&
+            !sameFile(name, rawPath))
+            found.append(name);
+    }
+    return found;
 }
 
 TMarkRead readMarks(const QString &rawPath, TSidecarNaming naming)

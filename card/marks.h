@@ -65,6 +65,10 @@ enum class TSidecarNaming { BaseName, FullName };
 // name when both exist), else the path a new one gets.
 QString sidecarFor(const QString &rawPath, TSidecarNaming naming);
 
+// Every sidecar rawPath has, under either name (a link too, but no folder and
+// not the raw file itself): the files that go where it goes.
+QStringList sidecarsOf(const QString &rawPath);
+
 struct TMarkRead {
     TMark mark;
     QString source; // the sidecar or the raw file the marks came from; empty: none

@@ -15,6 +15,9 @@ namespace {
 // Enough of an existing destination to tell what kind of file it is.
 constexpr qint64 kSignatureBytes = 4096;
 
+// Reasons a write fails for every file of its folder alike.
+constexpr int kFolderErrors[] = {EROFS, EACCES, EPERM, ENOSPC, EDQUOT};
+
 struct TKindText {
     TOutputKind kind;
     const char *name;
@@ -82,11 +85,6 @@ bool startsAs(TOutputKind kind, const QString &path, const QByteArray &head)
     return false;
 }
 
-QString errnoText(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
 // Passes writes on to the file and keeps the first that failed: some writers
 // (Qt's PDF engine) go on without looking at what a write returned, and the
 // file's own error is reset by later calls.
@@ -122,6 +120,20 @@ private:
 QString writeFailure(const QString &path, const QString &reason)
 {
     return QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(path), reason);
+}
+
+QString errnoText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+bool isFolderFailure(const QString &failure)
+{
+    for (const int code : kFolderErrors) {
+        if (failure.endsWith(QStringLiteral(": ") + errnoText(code)))
+            return true;
+    }
+    return false;
 }
 
 QString outputRefusal(const QString &path, TOutputKind kind, const QStringList &inputs)

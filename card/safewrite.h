@@ -36,4 +36,12 @@ QString writeAtomically(const QString &path, const std::function<bool(QIODevice 
 // "FILE: reason", the form every failed write is reported in.
 QString writeFailure(const QString &path, const QString &reason);
 
+// The system's text for an errno value ("Permission denied").
+QString errnoText(int error);
+
+// Whether a failure ("FILE: reason") has a reason that refuses every file of
+// its folder alike: a card mounted read-only or locked, a folder of someone
+// else's, a full card.
+bool isFolderFailure(const QString &failure);
+
 #endif // SAFEWRITE_H
