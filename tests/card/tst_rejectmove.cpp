@@ -25,25 +25,28 @@ namespace {
 QMap<QString, QByteArray> tree(const QString &root)
 {
     QMap<QString, QByteArray> files;
-    QDirIterator it(root, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         QFile file(it.next());
-        file.open(QIODevice::ReadOnly);
+        const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : "(a link)";
         files.insert(QDir(root).relativeFilePath(file.fileName()),
-                     QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1));
+                     QCryptographicHash::hash(bytes, QCryptographicHash::Sha1));
     }
     return files;
 }
 
-// The files named (each with bytes of its own) under a new folder, whose
-// data/ is the home's: the frames on the home's disk, so that Qt picks
-// data/Trash. Returns the raw files named in rejected.
+// The files named (each with bytes of its own; NAME@ a link to nowhere) under
+// a new folder, whose data/ is the home's: the frames on the home's disk, so
+// that Qt picks data/Trash. Returns the raw files named in rejected.
 QStringList makeFolder(const fixture::TempFiles &temp, const QString &files,
                        const QString &rejected)
 {
-    for (const QString &name : files.split(' ')) {
+    for (QString name : files.split(' ')) {
         QDir().mkpath(QFileInfo(temp.path(name)).path());
-        fixture::writeFile(temp.path(name), name.toUtf8().repeated(1000));
+        if (name.endsWith('@'))
+            QFile::link(temp.path("nowhere"), temp.path(name.chopped(1)));
+        else
+            fixture::writeFile(temp.path(name), name.toUtf8().repeated(1000));
     }
     qputenv("HOME", QFile::encodeName(temp.path(".")));
     qputenv("XDG_DATA_HOME", QFile::encodeName(temp.path("data")));
@@ -75,13 +78,14 @@ void TestRejectMove::moveAndUndo_data()
     QTest::addColumn<QString>("files");
     QTest::addColumn<QString>("rejected");
     QTest::addColumn<QString>("after");
-    QTest::addColumn<QString>("errors");  // one for each rejected frame
-    QTest::addColumn<QString>("retaken"); // written again after the move: undo refuses
+    QTest::addColumn<QString>("errors"); // one for each rejected frame
+    // Written again after the move, or taken away from where it went: undo refuses.
+    QTest::addColumn<QString>("disturbed");
     const auto row = [](const char *name, TRejectDestination destination, const char *files,
                         const char *rejected, const char *after, const char *errors = "",
-                        const char *retaken = "") {
+                        const char *disturbed = "") {
         QTest::newRow(name) << destination << QString(files) << QString(rejected) << QString(after)
-                            << QString(errors) << QString(retaken);
+                            << QString(errors) << QString(disturbed);
     };
     const auto folder = TRejectDestination::RejectedFolder;
     const auto trash = TRejectDestination::Trash;
@@ -91,7 +95,8 @@ void TestRejectMove::moveAndUndo_data()
         "c/A.DNG", "c/B.DNG c/B.xmp c/_rejected/A.DNG c/_rejected/A.xmp", "", "c/A.xmp");
     row("both sidecar names, nothing else", folder,
         "c/A.DNG c/A.xmp c/A.DNG.xmp c/A.JPG c/A.DNG.pp3 c/AB.xmp", "c/A.DNG",
-        "c/A.DNG.pp3 c/A.JPG c/AB.xmp c/_rejected/A.DNG c/_rejected/A.DNG.xmp c/_rejected/A.xmp");
+        "c/A.DNG.pp3 c/A.JPG c/AB.xmp c/_rejected/A.DNG c/_rejected/A.DNG.xmp c/_rejected/A.xmp",
+        "", "c/_rejected/A.DNG.xmp");
     row("a sidecar's name taken in _rejected", folder, "c/A.DNG c/A.xmp c/_rejected/A.xmp c/B.DNG",
         "c/A.DNG c/B.DNG", "c/A.DNG c/A.xmp c/_rejected/A.xmp c/_rejected/B.DNG",
         "c/_rejected/A.xmp: a file of that name is there already|");
@@ -103,7 +108,9 @@ void TestRejectMove::moveAndUndo_data()
         "c/B.DNG data/Trash/files/A.DNG data/Trash/files/A.DNG.xmp data/Trash/files/A.xmp "
         "data/Trash/info/A.DNG.trashinfo data/Trash/info/A.DNG.xmp.trashinfo "
         "data/Trash/info/A.xmp.trashinfo",
-        "", "c/A.DNG.xmp");
+        "", "data/Trash/files/A.DNG.xmp");
+    row("trash, a sidecar that cannot go: the raw file comes back", trash, "c/A.DNG c/A.xmp@",
+        "c/A.DNG", "c/A.DNG c/A.xmp", "c/A.xmp: No such file or directory");
     row("trash, none can be made", trash, "c/A.DNG data", "c/A.DNG", "c/A.DNG data",
         "data/Trash: Not a directory");
     // Qt names the second file of a name in the trash so (Qt 6.4).
@@ -120,7 +127,7 @@ void TestRejectMove::moveAndUndo()
     QFETCH(TRejectDestination, destination);
     QFETCH(QString, files);
     QFETCH(QString, rejected);
-    QFETCH(QString, retaken);
+    QFETCH(QString, disturbed);
     fixture::TempFiles temp;
     const QStringList raws = makeFolder(temp, files, rejected);
     const QString root = QDir::cleanPath(temp.path("."));
@@ -141,15 +148,18 @@ void TestRejectMove::moveAndUndo()
             QCOMPARE(moved.value(relative(move.to, root)), before.value(relative(move.from, root)));
     }
     QTEST(errors.join('|'), "errors");
-    if (!retaken.isEmpty()) {
-        QVERIFY(fixture::writeFile(temp.path(retaken), "another"));
-        moved.insert(retaken, QCryptographicHash::hash("another", QCryptographicHash::Sha1));
+    if (!disturbed.isEmpty()) {
+        const QString path = temp.path(disturbed);
+        const bool gone = QFile::exists(path);
+        QVERIFY(gone ? QFile::rename(path, temp.path("aside")) : fixture::writeFile(path, "new"));
+        moved = tree(root);
         batch = undoMove(batch);
         QCOMPARE(int(batch.files.first().outcome), int(TMoveOutcome::Moved));
         QCOMPARE(relative(batch.files.first().error, root),
-                 retaken + ": a file of that name is there already");
+                 disturbed + (gone ? ": No such file or directory"
+                                   : ": a file of that name is there already"));
         QCOMPARE(tree(root), moved);
-        QVERIFY(QFile::remove(temp.path(retaken)));
+        QVERIFY(gone ? QFile::rename(temp.path("aside"), path) : QFile::remove(path));
     }
     batch = undoMove(batch);
     for (const TRejectMove &frame : batch.files)
