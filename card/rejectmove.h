@@ -10,7 +10,9 @@
 // alone, never by a copy: `_rejected` is on the frame's own file system, and
 // QFile::moveToTrash() uses the trash of the frame's own disk (freedesktop's
 // `$topdir/.Trash-$uid` for a card, `$XDG_DATA_HOME/Trash` for files on the
-// home's disk); where no trash can be made there, the frame stays. A rename
+// home's disk); where no trash can be made there, the frame stays. The
+// home's trash is made first when missing (Qt 6.4, finding no trash at all,
+// would move the file into the working folder). A rename
 // never replaces a file (RENAME_NOREPLACE). A frame whose name (or a
 // sidecar's) is taken in `_rejected` already is refused with that name and
 // stays, rather than being renamed: a raw file under another name would no
