@@ -329,15 +329,23 @@ void TCardModel::setMark(const QString &path, const TMark &mark)
     emit dataChanged(index(row, Rating), index(row, Label));
 }
 
-void TCardModel::setPath(const QString &from, const QString &to)
+std::vector<std::pair<int, TCardEntry>> TCardModel::take(const QStringList &paths)
 {
-    const int row = rowOfPath(from);
-    if (row < 0)
-        return;
-    m_rowOfPath.remove(from);
-    m_rowOfPath.insert(to, row);
-    m_rows[std::size_t(row)].entry.path = to;
-    emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+    std::vector<std::pair<int, TCardEntry>> taken;
+    for (const QString &path : paths) {
+        const int row = rowOfPath(path);
+        if (row < 0)
+            continue;
+        beginRemoveRows({}, row, row);
+        taken.emplace_back(m_rows[std::size_t(row)].order,
+                           std::move(m_rows[std::size_t(row)].entry));
+        m_rows.erase(m_rows.begin() + row);
+        m_rowOfPath.clear();
+        for (std::size_t i = 0; i < m_rows.size(); ++i)
+            m_rowOfPath.insert(m_rows[i].entry.path, int(i));
+        endRemoveRows();
+    }
+    return taken;
 }
 
 bool TCardModel::hasPicture(int row) const

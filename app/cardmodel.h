@@ -81,8 +81,9 @@ public:
     // The raw figures of a file were counted; its marks changed.
     void setFigures(const QString &path, const raw::TRawFigures &figures);
     void setMark(const QString &path, const TMark &mark);
-    // A file moved (rejects moved aside, and back).
-    void setPath(const QString &from, const QString &to);
+    // Takes the rows of these files out (frames moved aside), with their
+    // places in the order the files were found, for append() to put back.
+    std::vector<std::pair<int, TCardEntry>> take(const QStringList &paths);
     bool hasPicture(int row) const;
 
     // The CSV of the given rows in the given order, as tolvik-info --csv

@@ -1,6 +1,7 @@
 #include "cardwindow.h"
 #include "ui_cardwindow.h"
 
+#include "card/rejectmove.h"
 #include "card/safewrite.h"
 #include "cardloader.h"
 #include "cardmodel.h"
@@ -21,6 +22,7 @@
 #include <QFutureWatcher>
 #include <QHeaderView>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QProgressDialog>
@@ -471,7 +473,108 @@ void TCardWindow::on_actionStep_After_Marking_toggled(bool checked)
     QSettings().setValue(settingskeys::kStepAfterMarking, checked);
 }
 
-void TCardWindow::on_actionMove_Rejected_triggered() {}
+void TCardWindow::on_actionMove_Rejected_triggered()
+{
+    QStringList paths;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const TCardEntry &entry = m_model->entry(row);
+        const TMark &mark = entry.frame.mark;
+        if (entry.accepted() && mark.hasRating && mark.rating < 0 && !isPutAway(entry.path))
+            paths.append(entry.path);
+    }
+    if (paths.isEmpty()) {
+        QMessageBox::information(this, tr("Move Rejected Frames"),
+                                 tr("No frame of this card is rated rejected (X)."));
+        return;
+    }
+    const bool trash =
+        QSettings().value(settingskeys::kRejectsTo).toString() == QLatin1String("trash");
+    const QString where = trash ? tr("to the trash") : tr("into a folder _rejected beside them");
+    const QString question =
+        tr("Move %n rejected frame(s), with their sidecars, %1?", "", int(paths.size()))
+            .arg(where) +
+        QLatin1Char('\n') + tr("Nothing is deleted; Mark \u25b8 Undo (Ctrl+Z) brings them back.");
+    if (QMessageBox::question(this, tr("Move Rejected Frames"), question) != QMessageBox::Yes)
+        return;
+    moveRejected(paths);
+}
+
+namespace {
+
+// What a move or its undo could not do, for the photographer; empty when
+// every frame went.
+QString moveProblem(const TRejectBatch &batch)
+{
+    QStringList reasons = batch.folderFailures;
+    for (const TRejectMove &file : batch.files) {
+        if (file.outcome == TMoveOutcome::Failed ||
+            (file.outcome == TMoveOutcome::Moved && !file.error.isEmpty()))
+            reasons.append(file.error);
+    }
+    return reasons.join(QLatin1Char('\n'));
+}
+
+void warnNonModal(QWidget *parent, const QString &title, const QString &text)
+{
+    auto *box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+} // namespace
+
+void TCardWindow::moveRejected(const QStringList &paths)
+{
+    const TRejectDestination destination =
+        QSettings().value(settingskeys::kRejectsTo).toString() == QLatin1String("trash")
+            ? TRejectDestination::Trash
+            : TRejectDestination::RejectedFolder;
+    auto *moving = new QFutureWatcher<TRejectBatch>(this);
+    connect(moving, &QFutureWatcher<TRejectBatch>::finished, this, [this, moving] {
+        moving->deleteLater();
+        const TRejectBatch batch = moving->result();
+        QStringList moved;
+        for (const TRejectMove &file : batch.files) {
+            if (file.outcome == TMoveOutcome::Moved)
+                moved.append(file.rawPath);
+        }
+        if (const QString problem = moveProblem(batch); !problem.isEmpty())
+            warnNonModal(this, tr("Move Rejected Frames"), problem);
+        if (moved.isEmpty())
+            return;
+        statusBar()->showMessage(tr("%n rejected frame(s) moved", "", int(moved.size())));
+        auto entries =
+            std::make_shared<std::vector<std::pair<int, TCardEntry>>>(m_model->take(moved));
+        const QPointer<TCardWindow> window(this);
+        const QString folder = m_folder;
+        marker()->addUndo([window, folder, batch, entries] {
+            auto *back = new QFutureWatcher<TRejectBatch>(marker());
+            QObject::connect(back, &QFutureWatcher<TRejectBatch>::finished, marker(),
+                             [window, folder, back, entries] {
+                                 back->deleteLater();
+                                 const TRejectBatch after = back->result();
+                                 QStringList restored;
+                                 for (const TRejectMove &file : after.files) {
+                                     if (file.outcome == TMoveOutcome::Restored)
+                                         restored.append(file.rawPath);
+                                 }
+                                 if (!window || window->m_folder != folder)
+                                     return;
+                                 std::vector<std::pair<int, TCardEntry>> again;
+                                 for (auto &entry : *entries) {
+                                     if (restored.contains(entry.second.path))
+                                         again.push_back(entry);
+                                 }
+                                 window->m_model->append(std::move(again));
+                                 if (const QString problem = moveProblem(after); !problem.isEmpty())
+                                     warnNonModal(window, tr("Move Rejected Frames"), problem);
+                             });
+            back->setFuture(QtConcurrent::run(workPool(), [batch] { return undoMove(batch); }));
+        });
+    });
+    moving->setFuture(QtConcurrent::run(
+        workPool(), [paths, destination] { return ::moveRejected(paths, destination); }));
+}
 
 void TCardWindow::on_chkRejected_toggled(bool checked)
 {

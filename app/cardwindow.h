@@ -95,6 +95,9 @@ private:
     void markSelected(const TMarkEdit &edit);
     void fillMarkFilters();
     void showMarkConditions();
+    // The frames rated rejected, moved aside as the preferences say; Ctrl+Z
+    // brings them back into the card.
+    void moveRejected(const QStringList &paths);
     bool makeSheetPictures(TContactSheet &sheet);
     QStringList cardFiles() const; // every file of the card, to be kept from any output
     QString pathAt(const QModelIndex &index) const;

@@ -585,6 +585,21 @@ void TestCard::culling()
     QCOMPARE(view->currentIndex().row(), 3);
     card.findChild<QAction *>(QStringLiteral("actionStep_After_Marking"))->setChecked(false);
 
+    // The rejected frame moved aside with its sidecar after the question, and
+    // back with Ctrl+Z.
+    select(2, 2);
+    press(Qt::Key_X);
+    const auto answer = apptest::answerNextBox(QMessageBox::Yes);
+    card.findChild<QAction *>(QStringLiteral("actionMove_Rejected"))->trigger();
+    QVERIFY(answer->text.startsWith(QStringLiteral("Move 1 rejected frame(s)")));
+    QTRY_COMPARE(shown(), QStringLiteral("ABD"));
+    QVERIFY(QFileInfo::exists(dir.filePath(QStringLiteral("_rejected/C.DNG"))));
+    QVERIFY(QFileInfo::exists(dir.filePath(QStringLiteral("_rejected/C.xmp"))));
+    press(Qt::Key_Z, Qt::ControlModifier);
+    QTRY_COMPARE(shown(), QStringLiteral("ABCD"));
+    QVERIFY(QFileInfo::exists(dir.filePath(QStringLiteral("C.xmp"))));
+    QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("_rejected"))));
+
     // Sidecars that do not parse: one message for both frames, naming them,
     // and the sidecars left as they were.
     for (const char *name : {"C.xmp", "D.xmp"})
