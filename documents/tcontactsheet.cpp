@@ -14,6 +14,7 @@
 #include <QPdfWriter>
 
 #include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -27,6 +28,12 @@ constexpr double kTextGap = 1.0;
 
 constexpr double kNamePoints = 7.5;
 constexpr double kSummaryPoints = 6.0;
+constexpr double kStarPoints = 7.0;
+
+// Millimetres between the stars and the label's chip, and between the chip
+// and its name.
+constexpr double kMarkGap = 2.0;
+constexpr double kChipGap = 0.8;
 
 // Pictures are scaled to this resolution before they are placed: sharp on
 // paper, and a page of twenty stays small.
@@ -73,18 +80,83 @@ QStringList summaryLines(const QString &summary, const QFontMetrics &metrics, do
     return lines;
 }
 
+// The lines a cell has under its picture besides the name and the summary,
+// the same in every cell of a sheet.
+struct TCellLines {
+    bool marks = false;   // the sheet has frames with stars or a label
+    bool figures = false; // the raw exposure figures are asked for
+};
+
+// The colour of one of the five colour labels; none for another text.
+std::optional<QColor> labelColour(const QString &label)
+{
+    for (const TColourLabelText &colour : kColourLabels) {
+        if (colour.code != TColourLabel::None && label == QLatin1String(colour.text))
+            return QColor(QRgb(colour.rgb));
+    }
+    return std::nullopt;
+}
+
+// "Clipped 0.12% · Headroom 1.32 EV": the channel with the largest clipped
+// share and the one that clips first; "n.a" before they are counted.
+QString figuresText(const std::optional<raw::TRawFigures> &figures)
+{
+    const raw::TFrameExposure exposure = raw::frameExposure(figures.value_or(raw::TRawFigures()));
+    return QStringLiteral("Clipped %1 \u00b7 Headroom %2")
+        .arg(figures ? raw::clippedText(exposure.clippedPercent, exposure.clipped)
+                     : QStringLiteral("n.a"),
+             raw::headroomText(exposure.headroomEv));
+}
+
+// The stars ("rejected" in red) and the label, a chip of its colour (for the
+// five colours) and its name, from the left of line.
+void paintMarks(QPainter &painter, const TMark &mark, const QRectF &line, double mm)
+{
+    const TMarkTexts texts = markTexts(mark, true);
+    painter.save();
+    double x = line.left();
+    if (!texts.rating.isEmpty()) {
+        setPoints(painter, kStarPoints, mark.rating < 0);
+        if (mark.rating < 0)
+            painter.setPen(Qt::darkRed);
+        painter.drawText(QRectF(x, line.top(), line.width(), line.height()),
+                         Qt::AlignLeft | Qt::AlignVCenter, texts.rating);
+        x += painter.fontMetrics().horizontalAdvance(texts.rating) + kMarkGap * mm;
+    }
+    if (!texts.label.isEmpty()) {
+        setPoints(painter, kSummaryPoints);
+        if (const std::optional<QColor> colour = labelColour(texts.label)) {
+            const double side = painter.fontMetrics().ascent();
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(*colour);
+            painter.drawRoundedRect(QRectF(x, line.center().y() - side / 2, side, side), side / 4,
+                                    side / 4);
+            x += side + kChipGap * mm;
+        }
+        painter.setPen(Qt::black);
+        painter.drawText(QRectF(x, line.top(), std::max(0.0, line.right() - x), line.height()),
+                         Qt::AlignLeft | Qt::AlignVCenter,
+                         painter.fontMetrics().elidedText(texts.label, Qt::ElideRight,
+                                                          int(std::max(0.0, line.right() - x))));
+    }
+    painter.restore();
+}
+
 // One frame in its cell: the picture centred in the upper part (made before,
-// or read now), the name and the summary under it.
+// or read now), the name, the marks, the summary and the figures under it.
 void paintCell(QPainter &painter, const TCardEntry &frame, const QImage *madeBefore,
-               const QRectF &cell, double mm)
+               const QRectF &cell, double mm, TCellLines lines)
 {
     const QRectF inner =
         cell.adjusted(kCellPadding * mm, kCellPadding * mm, -kCellPadding * mm, -kCellPadding * mm);
     setPoints(painter, kNamePoints, true);
     const double nameLine = painter.fontMetrics().height();
+    setPoints(painter, kStarPoints);
+    const double marksLine = lines.marks ? painter.fontMetrics().height() : 0.0;
     setPoints(painter, kSummaryPoints);
     const double summaryLine = painter.fontMetrics().height();
-    const double textHeight = nameLine + 2 * summaryLine + kTextGap * mm;
+    const double figuresLine = lines.figures ? summaryLine : 0.0;
+    const double textHeight = nameLine + marksLine + 2 * summaryLine + figuresLine + kTextGap * mm;
     const QRectF box(inner.topLeft(), QSizeF(inner.width(), inner.height() - textHeight));
 
     const QImage picture = madeBefore ? *madeBefore : framePicture(frame, box.size() / mm);
@@ -104,19 +176,34 @@ void paintCell(QPainter &painter, const TCardEntry &frame, const QImage *madeBef
     painter.drawText(name, Qt::AlignLeft | Qt::AlignTop,
                      painter.fontMetrics().elidedText(QFileInfo(frame.path).fileName(),
                                                       Qt::ElideMiddle, int(name.width())));
+    if (frame.accepted() && lines.marks)
+        paintMarks(painter, frame.frame.mark,
+                   QRectF(inner.left(), name.bottom(), inner.width(), marksLine), mm);
     setPoints(painter, kSummaryPoints);
-    const QRectF summary(inner.left(), name.bottom(), inner.width(), 2 * summaryLine);
+    const QRectF summary(inner.left(), name.bottom() + marksLine, inner.width(), 2 * summaryLine);
     painter.save();
     if (!frame.accepted()) {
         painter.setPen(Qt::darkRed);
         painter.drawText(summary, Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, frame.error);
     } else {
-        const QStringList lines =
+        const QStringList summaryParts =
             summaryLines(frameSummary(frame.frame.texts), painter.fontMetrics(), summary.width());
-        for (qsizetype i = 0; i < std::min<qsizetype>(2, lines.size()); ++i)
-            painter.drawText(
-                summary.translated(0, double(i) * summaryLine), Qt::AlignLeft | Qt::AlignTop,
-                painter.fontMetrics().elidedText(lines[i], Qt::ElideRight, int(summary.width())));
+        for (qsizetype i = 0; i < std::min<qsizetype>(2, summaryParts.size()); ++i)
+            painter.drawText(summary.translated(0, double(i) * summaryLine),
+                             Qt::AlignLeft | Qt::AlignTop,
+                             painter.fontMetrics().elidedText(summaryParts[i], Qt::ElideRight,
+                                                              int(summary.width())));
+    }
+    if (frame.accepted() && lines.figures) {
+        const std::optional<raw::TRawFigures> &figures = frame.frame.figures;
+        const bool failed = figures && !figures->ok();
+        if (failed)
+            painter.setPen(Qt::darkRed);
+        const QString text = failed ? figures->error : figuresText(figures);
+        painter.drawText(
+            QRectF(inner.left(), summary.bottom(), inner.width(), figuresLine),
+            Qt::AlignLeft | Qt::AlignTop,
+            painter.fontMetrics().elidedText(text, Qt::ElideRight, int(inner.width())));
     }
     painter.restore();
 }
@@ -163,6 +250,11 @@ void TContactSheet::setPictures(QHash<QString, QImage> pictures)
     m_pictures = std::move(pictures);
 }
 
+void TContactSheet::setShowRawFigures(bool show)
+{
+    m_showRawFigures = show;
+}
+
 int TContactSheet::framesPerPage()
 {
     return kColumns * kRows;
@@ -181,6 +273,12 @@ int TContactSheet::print(QPagedPaintDevice *device) const
     const TPageFrame page(device);
     const int pages = pageCount();
     const QSizeF cell(page.body.width() / kColumns, page.body.height() / kRows);
+    TCellLines lines;
+    lines.figures = m_showRawFigures;
+    lines.marks = std::any_of(m_frames.cbegin(), m_frames.cend(), [](const TCardEntry &frame) {
+        const TMarkTexts texts = markTexts(frame.frame.mark, true);
+        return frame.accepted() && !(texts.rating.isEmpty() && texts.label.isEmpty());
+    });
     for (int p = 0; p < pages; ++p) {
         if (p > 0)
             device->newPage();
@@ -195,7 +293,7 @@ int TContactSheet::print(QPagedPaintDevice *device) const
             const TCardEntry &frame = m_frames[index];
             const auto made = m_pictures.constFind(frame.path);
             paintCell(painter, frame, made == m_pictures.cend() ? nullptr : &*made,
-                      QRectF(at, cell), page.mm);
+                      QRectF(at, cell), page.mm, lines);
         }
     }
     return pages;

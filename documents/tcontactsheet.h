@@ -2,7 +2,9 @@
 #define TCONTACTSHEET_H
 
 // A contact sheet of a card: a grid of the frames' previews, turned upright,
-// each with its file name and a summary line of its exact values. The header
+// each with its file name, its stars and colour label where it has them, a
+// summary line of its exact values and, when asked for, its raw exposure
+// figures. The header
 // names the folder, the number of frames and the days they span; the footer
 // reads "Seite n / N" and the date, as the report's does. Pages are painted
 // one at a time and each picture is read when its page is painted, so memory
@@ -33,6 +35,14 @@ public:
     static QImage picture(const TCardEntry &frame);
     // Pictures made before, by path: painting then reads no file for them.
     void setPictures(QHash<QString, QImage> pictures);
+
+    // Under each frame, its raw exposure figures in one line (raw::frameExposure:
+    // the largest clipped share of its channels and the smallest headroom).
+    // They are the entries' frame.figures, which the sheet does not count:
+    // readRawFigures() counts them on the worker threads that read the
+    // entries. A frame without them reads "n.a". Off unless set.
+    void setShowRawFigures(bool show);
+    bool showsRawFigures() const { return m_showRawFigures; }
     int pageCount() const;
 
     // Paints every page on the device; returns the number of pages.
@@ -42,6 +52,7 @@ private:
     QString m_folder;
     QList<TCardEntry> m_frames;
     QHash<QString, QImage> m_pictures;
+    bool m_showRawFigures = false;
 };
 
 // Writes the sheet as an A4 PDF through a temporary file renamed when

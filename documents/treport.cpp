@@ -21,6 +21,8 @@
 #include <QTextTable>
 #include <QUrl>
 
+#include <array>
+
 Q_GUI_EXPORT int qt_defaultDpiY(); // Qt Gui's resolution of document lengths
 
 namespace {
@@ -134,7 +136,11 @@ void insertTopBlock(QTextDocument &doc, QTextCursor &cursor, const TPanelTexts &
     setAlignment(cursor, Qt::AlignLeft);
 }
 
-void insertDetailsTable(QTextCursor &cursor, const QList<TReportRow> &rows, double mm)
+// A table under a shaded title and three headings, in the columns of the
+// "Exif-Details" table, so that tables below each other line up.
+void insertDetailsTable(QTextCursor &cursor, const QString &title,
+                        const std::array<QString, 3> &headings, const QList<TReportRow> &rows,
+                        double mm)
 {
     QTextTable *table =
         cursor.insertTable(int(rows.size()) + 2, 4,
@@ -153,9 +159,7 @@ void insertDetailsTable(QTextCursor &cursor, const QList<TReportRow> &rows, doub
 
     table->mergeCells(0, 0, 1, 4);
     shade(table, 0, 0);
-    insertCellText(table, 0, 0, QStringLiteral("Exif-Details"), Qt::AlignLeft, true);
-    const QString headings[] = {QStringLiteral("Tag"), QStringLiteral("Tag# (Hex)"),
-                                QStringLiteral("Content")};
+    insertCellText(table, 0, 0, title, Qt::AlignLeft, true);
     for (int column = 1; column <= 3; ++column) {
         shade(table, 1, column);
         insertCellText(table, 1, column, headings[column - 1], Qt::AlignLeft);
@@ -167,6 +171,19 @@ void insertDetailsTable(QTextCursor &cursor, const QList<TReportRow> &rows, doub
         insertCellText(table, row, 2, rows[i].tag, Qt::AlignLeft);
         insertCellText(table, row, 3, rows[i].content, Qt::AlignLeft);
     }
+    cursor.movePosition(QTextCursor::End);
+}
+
+// The raw exposure figures per channel, or why there are none.
+QList<TReportRow> figureRows(const raw::TRawFigures &figures)
+{
+    if (!figures.ok())
+        return {{QStringLiteral("Raw data"), QString(), figures.error}};
+    QList<TReportRow> rows;
+    for (const raw::TChannelFigures &c : figures.channels)
+        rows.append({c.name, raw::clippedText(c.clippedPercent, c.clipped),
+                     raw::headroomText(c.headroomEv)});
+    return rows;
 }
 
 } // namespace
@@ -226,6 +243,11 @@ TReport::TReport(TM9File &file, const QImage &rgbDistribution, TValueStyle style
     m_preview = uprightPreview(file);
 }
 
+void TReport::setRawFigures(std::optional<raw::TRawFigures> figures)
+{
+    m_figures = std::move(figures);
+}
+
 std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) const
 {
     auto doc = std::make_unique<QTextDocument>();
@@ -239,7 +261,15 @@ std::unique_ptr<QTextDocument> TReport::document(QPagedPaintDevice *device) cons
 
     QTextCursor cursor(doc.get());
     insertTopBlock(*doc, cursor, panelTexts(m_file, m_style), m_preview, m_rgbDistribution, mm);
-    insertDetailsTable(cursor, reportRows(m_file, m_style), mm);
+    insertDetailsTable(
+        cursor, QStringLiteral("Exif-Details"),
+        {QStringLiteral("Tag"), QStringLiteral("Tag# (Hex)"), QStringLiteral("Content")},
+        reportRows(m_file, m_style), mm);
+    if (m_figures)
+        insertDetailsTable(cursor, QStringLiteral("Raw Exposure (default crop)"),
+                           {QStringLiteral("Channel"), QStringLiteral("Clipped"),
+                            QStringLiteral("Headroom (99.9th percentile)")},
+                           figureRows(*m_figures), mm);
     return doc;
 }
 
@@ -267,14 +297,16 @@ int TReport::print(QPagedPaintDevice *device) const
     return pages;
 }
 
-QString writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style)
+QString writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style,
+                       const std::optional<raw::TRawFigures> &figures)
 {
     if (!file.previewImage())
         return writeFailure(file.fileNameComplete(),
                             QStringLiteral("no preview picture to report"));
     TRgbDistribution distribution;
     distribution.add(file.previewImage());
-    const TReport report(file, distribution.picture(), style);
+    TReport report(file, distribution.picture(), style);
+    report.setRawFigures(figures);
     return writeAtomically(pdfPath, [&](QIODevice &device) {
         QPdfWriter writer(&device);
         writer.setPageSize(QPageSize(QPageSize::A4));

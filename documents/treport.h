@@ -3,18 +3,20 @@
 
 // The one-page report of a raw file: a header with the program's version and
 // the maker's line, the preview with file name, date, image number and RGB
-// distribution, the "Exif-Details" table and a footer with page numbers and
-// today's date. Needs Qt Gui only, so that tolvik-info writes the same report
-// as the window prints.
+// distribution, the "Exif-Details" table, when asked for the raw exposure
+// figures per channel, and a footer with page numbers and today's date. Needs Qt Gui only, so that
+// tolvik-info writes the same report as the window prints.
 
 #include "documents/pageframe.h"
 #include "exif/paneltexts.h"
+#include "raw/rawstats.h"
 
 #include <QImage>
 #include <QList>
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class QPagedPaintDevice;
 class QTextDocument;
@@ -49,6 +51,11 @@ public:
     TReport(TM9File &file, const QImage &rgbDistribution,
             TValueStyle style = TValueStyle::Specified);
 
+    // A table of the raw exposure figures after the details: per channel (R,
+    // G, B or L) the clipped share and the headroom, or why there are none.
+    // Not shown unless set.
+    void setRawFigures(std::optional<raw::TRawFigures> figures);
+
     // Lays the report out for the device's pages and paints each of them with
     // header and footer. Returns the number of pages.
     int print(QPagedPaintDevice *device) const;
@@ -61,13 +68,15 @@ private:
     QImage m_preview;
     QImage m_rgbDistribution;
     TValueStyle m_style;
+    std::optional<raw::TRawFigures> m_figures;
 };
 
 // Writes the report of a processed file to a PDF, with the RGB distribution of
-// its preview alone, through a temporary file renamed when complete. Returns
-// an empty text, or what went wrong (no preview; the PDF's path and the
-// system's reason).
+// its preview alone and the raw exposure figures given, through a temporary
+// file renamed when complete. Returns an empty text, or what went wrong (no
+// preview; the PDF's path and the system's reason).
 QString writeReportPdf(TM9File &file, const QString &pdfPath,
-                    TValueStyle style = TValueStyle::Specified);
+                       TValueStyle style = TValueStyle::Specified,
+                       const std::optional<raw::TRawFigures> &figures = std::nullopt);
 
 #endif // TREPORT_H
