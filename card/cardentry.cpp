@@ -30,7 +30,7 @@ TCardEntry readCardEntry(const QString &path, const TRowOptions *rows, TSidecarN
     if (rows && !accepted && rows->passFactsWhenRejected)
         entry.rows = rows->all ? passFacts(file) : QList<TRow>();
     else if (rows)
-        entry.rows = fileRows(file, *rows, accepted);
+        entry.rows = fileRows(file, *rows, accepted, entry.frame.mark);
     return entry;
 }
 
@@ -40,7 +40,7 @@ QList<TRow> exactRows(const TCardEntry &entry)
     for (const auto &[caption, text] : panelRows(entry.frame.texts))
         rows.append({caption, text});
     insertExposureSeconds(rows, entry.frame.numbers.exposureTime);
-    return rows;
+    return rows + markRows(entry.frame.mark, false);
 }
 
 void readRawFigures(TCardEntry &entry, const std::atomic<bool> *cancel)

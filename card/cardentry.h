@@ -32,7 +32,7 @@ TCardEntry readCardEntry(const QString &path, const TRowOptions *rows = nullptr,
 void readRawFigures(TCardEntry &entry, const std::atomic<bool> *cancel = nullptr);
 
 // The rows tolvik-info --csv --exact prints of an entry read without rows,
-// the exposure time in seconds among them.
+// the exposure time in seconds among them and the marks last.
 QList<TRow> exactRows(const TCardEntry &entry);
 
 #endif // CARDENTRY_H

@@ -54,7 +54,8 @@ QList<TRow> queryRows(const TM9File &file)
 
 } // namespace
 
-QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted)
+QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted,
+                     const TMark &mark)
 {
     QList<TRow> rows{
         {options.preflight ? QStringLiteral("processFilePreflight") : QStringLiteral("processFile"),
@@ -79,7 +80,22 @@ QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accep
         rows += numberRows(file);
     if (options.all)
         rows += queryRows(file);
-    return rows;
+    return rows + markRows(mark, options.marksAsText);
+}
+
+QList<TRow> markRows(const TMark &mark, bool asText)
+{
+    if (asText) {
+        const TMarkTexts texts = markTexts(mark, true);
+        QList<TRow> rows;
+        if (!texts.rating.isEmpty())
+            rows.append({QStringLiteral("Rating:"), texts.rating});
+        if (!texts.label.isEmpty())
+            rows.append({QStringLiteral("Label:"), texts.label});
+        return rows;
+    }
+    return {{QStringLiteral("rating"), mark.hasRating ? QVariant(mark.rating) : QVariant()},
+            {QStringLiteral("label"), mark.label.isEmpty() ? QVariant() : QVariant(mark.label)}};
 }
 
 void insertExposureSeconds(QList<TRow> &rows, double seconds)

@@ -5,6 +5,7 @@
 // texts, the quick pass's, or every query. The card window exports its table
 // through the same rows.
 
+#include "card/marks.h"
 #include "card/records.h"
 
 class TM9File;
@@ -18,11 +19,20 @@ struct TRowOptions {
     bool exposureSeconds = false;
     // A rejected file's rows are its pass facts with all, else none (JSON).
     bool passFactsWhenRejected = false;
+    // The marks as the text output shows them, only where set (markRows()).
+    bool marksAsText = false;
 };
 
-// The rows of one file after its pass; builds no picture, so any thread may
-// call it. The first row is the pass's result.
-QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted);
+// The rows of one file after its pass, its marks last; builds no picture, so
+// any thread may call it. The first row is the pass's result.
+QList<TRow> fileRows(const TM9File &file, const TRowOptions &options, bool accepted,
+                     const TMark &mark = TMark());
+
+// The rows of a file's culling marks: "rating" (-1 rejected, 0 unrated, 1 to
+// 5) and "label", null when unset, always there for JSON and CSV; asText,
+// "Rating:" ("★★★★☆", "rejected") and "Label:" only where the file has them,
+// so that an unmarked file's text output is as it was.
+QList<TRow> markRows(const TMark &mark, bool asText);
 
 // What a rejected file's JSON holds with --all: the pass's result and every
 // query and stored value, so that a file can be diagnosed.

@@ -35,6 +35,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <unistd.h>
 #include <vector>
 
@@ -44,6 +45,7 @@
 #include "documents/treport.h"
 #include "raw/decode.h"
 #include "raw/develop.h"
+#include "raw/rawstats.h"
 
 #include <QGuiApplication>
 #endif
@@ -56,8 +58,8 @@ constexpr char kUsage[] =
     "Usage: tolvik-info [--json | --csv] [--exact] [--all] [--preflight] [-j N] FILE|FOLDER...\n"
     "  or:  tolvik-info [--json | --csv] --stats FILE|FOLDER...\n"
     "  or:  tolvik-info [--json | --csv] [-j N] --raw-stats FILE|FOLDER...\n"
-    "  or:  tolvik-info [--exact] --report OUT.pdf FILE\n"
-    "  or:  tolvik-info --contact-sheet OUT.pdf FILE|FOLDER...\n"
+    "  or:  tolvik-info [--exact] [--raw-stats] --report OUT.pdf FILE\n"
+    "  or:  tolvik-info [--raw-stats] [-j N] --contact-sheet OUT.pdf FILE|FOLDER...\n"
     "  or:  tolvik-info [--half] --render OUT.jpg|OUT.png|OUT.tif FILE\n"
     "  or:  tolvik-info [--half] [--format jpg|png|tif] --render OUTFOLDER FILE|FOLDER...\n"
     "  or:  tolvik-info [--json] [--all] --sony-makernote OFFSET FILE\n"
@@ -74,6 +76,10 @@ constexpr char kUsage[] =
     "Only regular files are read (a pipe or a device is reported, not opened); a file\n"
     "whose reading has not ended after 20 s (a share that hangs) is reported and\n"
     "the next file follows.\n"
+    "The culling marks in a file's XMP sidecar follow its rows: \"Rating:\" (stars,\n"
+    "or \"rejected\") and \"Label:\" where the file has them; in CSV and JSON always,\n"
+    "as rating (-1 rejected, 0 unrated, 1 to 5 stars) and label, empty or null\n"
+    "when unset.\n"
     "\n"
     "Options:\n"
     "  --json       one JSON object per file, one line each\n"
@@ -83,7 +89,8 @@ constexpr char kUsage[] =
     "               time, program and day, and give the range of sensor temperatures\n"
     "  --raw-stats  the exposure of the raw data over the default crop: per channel\n"
     "               (R, G, B; L of the Monochrom) the share of pixels at or above\n"
-    "               white and the headroom in EV of the 99.9th percentile below white\n"
+    "               white and the headroom in EV of the 99.9th percentile below white;\n"
+    "               with --report or --contact-sheet, printed with each frame\n"
     "  --exact      the values as the camera wrote them (\"1/15\", \"\u2248 f/5.6\",\n"
     "               \"-0.7 EV\", ISO dates) instead of the panel's roundings; with\n"
     "               --json also as numbers (iso, exposure_time_s, aperture_estimate, ...)\n"
@@ -112,6 +119,11 @@ constexpr char kUsage[] =
     "  --reject     mark each file rejected (rating -1) in its sidecar\n"
     "  --label COLOUR\n"
     "               give each file a colour label (Red, Yellow, Green, Blue, Purple, none)\n"
+    "  --sidecar-name base|full\n"
+    "               with the rows, --contact-sheet, --rate, --reject and --label: the\n"
+    "               sidecar a new mark is written to and, where both exist, the one read:\n"
+    "               base L1001234.xmp (the default, what most editors read) or full\n"
+    "               L1001234.DNG.xmp (darktable's and digiKam's)\n"
     "  --sony-makernote OFFSET\n"
     "               read IFD0 of the one FILE (any camera), walk the Sony maker-note\n"
     "               directory at the absolute OFFSET (decimal or 0x-hex) and print its values\n"
@@ -139,6 +151,8 @@ constexpr char kUsage[] =
     "  tolvik-info --json --all L1002622.DNG      every decoder and stored value\n"
     "  tolvik-info --stats /media/card            frames per lens, ISO, day, ...\n"
     "  tolvik-info --raw-stats /media/card        clipped pixels and headroom per channel\n"
+    "  tolvik-info --raw-stats --contact-sheet card.pdf /media/card\n"
+    "                                             previews with stars, labels and exposure\n"
     "  tolvik-info --report L1002622.pdf L1002622.DNG\n"
     "                                             the printed report as a PDF\n";
 
@@ -162,6 +176,8 @@ struct TOptions {
     QString sonyOffset;       // --sony-makernote: where the Sony directory lies
     bool sensorCheck = false; // --sensor-check: defects and spots across the frames
     TMarking marking;         // --rate, --reject, --label: marks for the sidecars
+    // --sidecar-name: the sidecar marks are written to, and read where both exist.
+    TSidecarNaming naming = TSidecarNaming::BaseName;
     QStringList paths;
 };
 
@@ -180,74 +196,68 @@ enum TMode : unsigned {
 
 struct TModeOption {
     const char *option;
-    unsigned modes; // the modes it is given in: its own, or those it changes
+    unsigned chooses; // the mode it chooses; 0 for one that changes a mode
+    unsigned modes;   // the modes it may be given in
 };
-// The option that chooses a mode first, then those that change one.
+// The options that choose a mode, the first given deciding (--raw-stats
+// alone chooses its own, with --report or --contact-sheet it adds the
+// figures), then those that change one.
 constexpr TModeOption kModeOptions[] = {
-    {"--stats", Stats},
-    {"--report", Report},
-    {"--contact-sheet", ContactSheet},
-    {"--sony-makernote", SonyMakerNote},
-    {"--sensor-check", SensorCheck},
-    {"--raw-stats", RawStats},
-    {"--render", Render},
-    {"--json", Rows | Stats | SonyMakerNote | SensorCheck | RawStats},
-    {"--csv", Rows | Stats | SonyMakerNote | RawStats},
-    {"--exact", Rows | Report},
-    {"--all", Rows | SonyMakerNote},
-    {"--preflight", Rows},
-    {"-j", Rows | Stats | ContactSheet | SensorCheck | RawStats},
-    {"--half", Render},
-    {"--format", Render},
-    {"--rate", Marking},
-    {"--reject", Marking},
-    {"--label", Marking},
+    {"--stats", Stats, Stats},
+    {"--report", Report, Report},
+    {"--contact-sheet", ContactSheet, ContactSheet},
+    {"--sony-makernote", SonyMakerNote, SonyMakerNote},
+    {"--sensor-check", SensorCheck, SensorCheck},
+    {"--raw-stats", RawStats, RawStats | Report | ContactSheet},
+    {"--render", Render, Render},
+    {"--rate", Marking, Marking},
+    {"--reject", Marking, Marking},
+    {"--label", Marking, Marking},
+    {"--json", 0, Rows | Stats | SonyMakerNote | SensorCheck | RawStats},
+    {"--csv", 0, Rows | Stats | SonyMakerNote | RawStats},
+    {"--exact", 0, Rows | Report},
+    {"--all", 0, Rows | SonyMakerNote},
+    {"--preflight", 0, Rows},
+    {"-j", 0, Rows | Stats | ContactSheet | SensorCheck | RawStats},
+    {"--half", 0, Render},
+    {"--format", 0, Render},
+    {"--sidecar-name", 0, Rows | ContactSheet | Marking},
 };
-constexpr int kModeChoosers = 7;
+
+// The option that chose the run's mode; null for the rows of files.
+const TModeOption *modeChooser(const TOptions &options)
+{
+    for (const TModeOption &entry : kModeOptions) {
+        if (entry.chooses && options.given.contains(QLatin1String(entry.option)))
+            return &entry;
+    }
+    return nullptr;
+}
 
 TMode modeOf(const TOptions &options)
 {
-    if (options.stats)
-        return Stats;
-    if (options.rawStats)
-        return RawStats;
-    if (!options.reportPath.isEmpty())
-        return Report;
-    if (!options.contactSheetPath.isEmpty())
-        return ContactSheet;
-    if (options.sensorCheck)
-        return SensorCheck;
-    if (!options.renderPath.isEmpty())
-        return Render;
-    if (options.marking.rating || options.marking.label)
-        return Marking;
-    return options.sonyOffset.isEmpty() ? Rows : SonyMakerNote;
+    const TModeOption *chooser = modeChooser(options);
+    return chooser ? TMode(chooser->chooses) : Rows;
 }
 
 // Options that cannot work together, and inputs a mode cannot take; an
 // empty text when all fits. Nothing is ever left silently unused.
 QString combinationProblem(const TOptions &options)
 {
-    QStringList choosers;
-    for (int i = 0; i < kModeChoosers; ++i) {
-        if (options.given.contains(QLatin1String(kModeOptions[i].option)))
-            choosers.append(QLatin1String(kModeOptions[i].option));
-    }
-    choosers.removeDuplicates();
-    if (choosers.size() > 1)
-        return QStringLiteral("%1 and %2 cannot be used together").arg(choosers[0], choosers[1]);
+    const TModeOption *chooser = modeChooser(options);
     const TMode mode = modeOf(options);
+    const QString chosen =
+        chooser ? QLatin1String(chooser->option) : QStringLiteral("the rows of files");
     for (const TModeOption &entry : kModeOptions) {
         if (options.given.contains(QLatin1String(entry.option)) && !(entry.modes & mode))
             return QStringLiteral("%1 cannot be used with %2")
-                .arg(QLatin1String(entry.option),
-                     choosers.isEmpty() ? QStringLiteral("the rows of files") : choosers[0]);
+                .arg(QLatin1String(entry.option), chosen);
     }
     if ((mode == Report || mode == SonyMakerNote) &&
         (options.paths.size() != 1 || QFileInfo(options.paths.first()).isDir()))
         return QStringLiteral("%1 takes one file, not %2")
-            .arg(choosers[0], options.paths.size() != 1 ? QStringLiteral("several")
-                                                        : QStringLiteral("a folder"));
+            .arg(chosen, options.paths.size() != 1 ? QStringLiteral("several")
+                                                   : QStringLiteral("a folder"));
     return QString();
 }
 
@@ -293,6 +303,12 @@ QString parseArguments(const QStringList &args, TOptions &options)
                 return QStringLiteral("--rate and --reject cannot be used together");
             if (const QString wrong = parseMarking(arg, mark, options.marking); !wrong.isEmpty())
                 return wrong;
+        } else if (arg == QLatin1String("--sidecar-name")) {
+            const QString name = value(arg.size());
+            if (name != QLatin1String("base") && name != QLatin1String("full"))
+                return QStringLiteral("--sidecar-name takes base or full");
+            options.naming =
+                name == QLatin1String("full") ? TSidecarNaming::FullName : TSidecarNaming::BaseName;
         } else if (arg == QLatin1String("--exact")) {
             options.rows.exact = true;
         } else if (arg == QLatin1String("--preflight")) {
@@ -337,6 +353,7 @@ QString parseArguments(const QStringList &args, TOptions &options)
     options.rows.numbers = options.rows.exact && options.format == TFormat::Json;
     options.rows.exposureSeconds = options.rows.exact && options.format == TFormat::Csv;
     options.rows.passFactsWhenRejected = options.format == TFormat::Json;
+    options.rows.marksAsText = options.format == TFormat::Text;
     return QString();
 }
 
@@ -365,15 +382,17 @@ QStringList filesToRead(const QStringList &paths)
 
 struct TFileResult {
     QByteArray out;
-    QString error; // why the file is not accepted, or that it is incomplete
+    QString error;     // why the file is not accepted, or that it is incomplete
+    QString markError; // why its sidecar could not be read (its marks count as unset)
 };
 
 TFileResult readFile(const QString &path, const TOptions &options)
 {
-    TCardEntry entry = readCardEntry(path, &options.rows);
+    TCardEntry entry = readCardEntry(path, &options.rows, options.naming);
     if (options.format == TFormat::Text && !options.rows.all)
         entry.rows.removeFirst(); // the pass's result, for --all
-    return {record(options.format, path, entry.rows, entry.accepted(), entry.error), entry.error};
+    return {record(options.format, path, entry.rows, entry.accepted(), entry.error), entry.error,
+            entry.markError};
 }
 
 // What is said of a file whose reading did not end in time.
@@ -456,8 +475,9 @@ private:
 };
 
 #ifdef TOLVIK_INFO_DRAWS
-// The report of one file as a PDF; nothing is written for a rejected file.
-int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
+// The report of one file as a PDF, with its raw exposure figures when
+// rawFigures; nothing is written for a rejected file.
+int writeReport(const QString &pdfPath, const QString &path, TValueStyle style, bool rawFigures)
 {
     TM9File file(path);
     if (!file.processFile()) {
@@ -468,15 +488,22 @@ int writeReport(const QString &pdfPath, const QString &path, TValueStyle style)
         std::fprintf(stderr, "%s: no preview picture to report\n", qPrintable(path));
         return 1;
     }
-    if (const QString failure = writeReportPdf(file, pdfPath, style); !failure.isEmpty()) {
+    std::optional<raw::TRawFigures> figures;
+    if (rawFigures)
+        figures = raw::rawFiguresOfFile(path);
+    if (const QString failure = writeReportPdf(file, pdfPath, style, figures); !failure.isEmpty()) {
         std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(failure));
         return 2;
     }
-    if (const QString finding = fileFinding(file); !finding.isEmpty()) {
-        std::fprintf(stderr, "%s: %s\n", qPrintable(path), qPrintable(finding));
-        return 1; // reported from the values read
+    // Reported from the values read, with what could not be figured.
+    int status = 0;
+    for (const QString &finding : {fileFinding(file), figures ? figures->error : QString()}) {
+        if (!finding.isEmpty()) {
+            std::fprintf(stderr, "%s: %s\n", qPrintable(path), qPrintable(finding));
+            status = 1;
+        }
     }
-    return 0;
+    return status;
 }
 
 // Where each file's frame is written, checked before any file is read: OUT
@@ -660,7 +687,8 @@ int main(int argc, char *argv[])
 #ifdef TOLVIK_INFO_DRAWS
     if (!options.reportPath.isEmpty())
         return writeReport(options.reportPath, files.first(),
-                           options.rows.exact ? TValueStyle::Exact : TValueStyle::Specified);
+                           options.rows.exact ? TValueStyle::Exact : TValueStyle::Specified,
+                           options.rawStats);
     if (!options.renderPath.isEmpty())
         return renderFrames(options, files);
 #else
@@ -671,12 +699,13 @@ int main(int argc, char *argv[])
     if (lcTiffEntries().isDebugEnabled())
         jobs = 1; // keeps each file's trace lines together
     jobs = std::max(1, std::min({jobs, limits::kMaxJobs, int(files.size())}));
-    if (options.sensorCheck)
+    const TMode mode = modeOf(options);
+    if (mode == SensorCheck)
         return runSensorCheck(files, options.format, jobs);
-    if (options.rawStats)
+    if (mode == RawStats)
         return runRawStats(files, options.format, jobs);
-    if (options.marking.rating || options.marking.label)
-        return runMarking(files, options.marking);
+    if (mode == Marking)
+        return runMarking(files, options.marking, options.naming);
 
     int status = 0;
     TProgress progress(int(files.size()));
@@ -688,20 +717,37 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "%s: %s\n", qPrintable(files[i]), qPrintable(error));
         status = 1;
     };
+    // A sidecar that could not be read: said, but the file's values stand.
+    const auto reportMarkError = [&](const QString &error) {
+        if (error.isEmpty())
+            return;
+        progress.clear();
+        std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(error));
+    };
 #ifdef TOLVIK_INFO_DRAWS
-    if (!options.contactSheetPath.isEmpty()) {
+    if (mode == ContactSheet) {
         QList<TCardEntry> entries(files.size());
         readPatiently<TCardEntry>(
-            files, jobs, [&](int i) { return readCardEntry(files[i]); },
+            files, jobs,
+            [&](int i) {
+                TCardEntry entry = readCardEntry(files[i], nullptr, options.naming);
+                if (options.rawStats)
+                    readRawFigures(entry);
+                return entry;
+            },
             [&](int i, TCardEntry &&entry) {
                 reportProblem(i, entry.error);
+                reportMarkError(entry.markError);
+                if (entry.frame.figures)
+                    reportProblem(i, entry.frame.figures->error);
                 entries[i] = std::move(entry);
                 progress.show(i + 1);
             },
             [&](int i) { return unansweredEntry(files[i]); });
         progress.clear();
-        if (const QString failure = writeContactSheetPdf(
-                TContactSheet(sheetFolder(options.paths), entries), options.contactSheetPath);
+        TContactSheet sheet(sheetFolder(options.paths), entries);
+        sheet.setShowRawFigures(options.rawStats);
+        if (const QString failure = writeContactSheetPdf(sheet, options.contactSheetPath);
             !failure.isEmpty()) {
             std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(failure));
             return finished(2);
@@ -709,7 +755,7 @@ int main(int argc, char *argv[])
         return finished(status);
     }
 #endif
-    if (options.stats) {
+    if (mode == Stats) {
         QList<TFrame> frames(files.size());
         readPatiently<TCardEntry>(
             files, jobs, [&](int i) { return readCardEntry(files[i]); },
@@ -730,6 +776,7 @@ int main(int argc, char *argv[])
         files, jobs, [&](int i) { return readFile(files[i], options); },
         [&](int i, TFileResult &&result) {
             reportProblem(i, result.error);
+            reportMarkError(result.markError);
             progress.beforeOutput();
             std::fwrite(result.out.constData(), 1, size_t(result.out.size()), stdout);
             progress.afterOutput();
@@ -740,7 +787,7 @@ int main(int argc, char *argv[])
             const QList<TRow> rows = options.format == TFormat::Csv
                                          ? fileRows(TM9File(), options.rows, false)
                                          : QList<TRow>();
-            return TFileResult{record(options.format, files[i], rows, false, error), error};
+            return TFileResult{record(options.format, files[i], rows, false, error), error, {}};
         });
     return finished(status);
 }

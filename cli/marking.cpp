@@ -30,12 +30,12 @@ QString parseMarking(const QString &option, const QString &value, TMarking &mark
     return QStringLiteral("--label takes Red, Yellow, Green, Blue, Purple or none");
 }
 
-int runMarking(const QStringList &files, const TMarking &marking)
+int runMarking(const QStringList &files, const TMarking &marking, TSidecarNaming naming)
 {
     QList<TMarkChange> changes;
     for (const QString &file : files) {
         // What the sidecar holds now, changed only where asked.
-        TMark mark = readMarks(file, TSidecarNaming::BaseName).mark;
+        TMark mark = readMarks(file, naming).mark;
         if (marking.rating) {
             mark.rating = *marking.rating;
             mark.hasRating = true;
@@ -44,7 +44,7 @@ int runMarking(const QStringList &files, const TMarking &marking)
             mark.label = *marking.label;
         changes.append({file, mark});
     }
-    const TMarkBatch batch = writeMarks(changes, TSidecarNaming::BaseName);
+    const TMarkBatch batch = writeMarks(changes, naming);
     int status = 0;
     if (!batch.folderFailure.isEmpty()) {
         std::fprintf(stderr, "tolvik-info: %s\n", qPrintable(batch.folderFailure));

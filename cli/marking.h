@@ -20,9 +20,10 @@ struct TMarking {
 // value, "--reject", "--label" with its value.
 QString parseMarking(const QString &option, const QString &value, TMarking &marking);
 
-// Writes the marking into each file's sidecar, keeping what the sidecar
-// held besides; returns 0, or 2 when a sidecar could not be written (the
-// reason on stderr, once per folder that refuses new files).
-int runMarking(const QStringList &files, const TMarking &marking);
+// Writes the marking into each file's sidecar (a new one named as naming
+// says), keeping what the sidecar held besides; returns 0, or 2 when a
+// sidecar could not be written (the reason on stderr, once per folder that
+// refuses new files).
+int runMarking(const QStringList &files, const TMarking &marking, TSidecarNaming naming);
 
 #endif // MARKING_H

@@ -37,6 +37,11 @@ _tolvik_info()
             COMPREPLY=($(compgen -W "Red Yellow Green Blue Purple none" -- "$cur"))
             return
             ;;
+        --sidecar-name)
+            # L1001234.xmp or L1001234.DNG.xmp
+            COMPREPLY=($(compgen -W "base full" -- "$cur"))
+            return
+            ;;
         -h | --help | --version)
             return
             ;;
@@ -45,7 +50,7 @@ _tolvik_info()
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W '--json --csv --stats --raw-stats --exact --all --preflight -j
             --report --contact-sheet --sony-makernote --sensor-check --render --half --format
-            --rate --reject --label --help --version' -- "$cur"))
+            --rate --reject --label --sidecar-name --help --version' -- "$cur"))
         return
     fi
 

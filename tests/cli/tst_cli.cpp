@@ -72,6 +72,10 @@ private Q_SLOTS:
     void neverOverAnInput();
     void fullDisk();
     void marking();
+    void marksShown_data();
+    void marksShown();
+    void rawFiguresOnPaper_data();
+    void rawFiguresOnPaper();
     void render_data();
     void render();
     void findings_data();
@@ -130,6 +134,14 @@ void TestCli::exitStatus_data()
     QTest::newRow("json and csv") << QStringList{"--json", "--csv", ":good"} << 2;
     QTest::newRow("stats of exact values") << QStringList{"--stats", "--exact", ":good"} << 2;
     QTest::newRow("report as JSON") << QStringList{"--report", ":pdf", "--json", ":good"} << 2;
+    QTest::newRow("raw figures and stats") << QStringList{"--raw-stats", "--stats", ":good"} << 2;
+    QTest::newRow("raw figures of a render")
+        << QStringList{"--raw-stats", "--render", ":pdf", ":good"} << 2;
+    QTest::newRow("raw figures of a report as CSV")
+        << QStringList{"--raw-stats", "--csv", "--report", ":pdf", ":good"} << 2;
+    QTest::newRow("sidecar name with stats")
+        << QStringList{"--sidecar-name", "full", "--stats", ":good"} << 2;
+    QTest::newRow("unknown sidecar name") << QStringList{"--sidecar-name", "short", ":good"} << 2;
 }
 
 void TestCli::exitStatus()
@@ -264,6 +276,134 @@ void TestCli::marking()
     for (const QStringList &wrong : {QStringList{"--rate", "6"}, QStringList{"--label", "Pink"},
                                      QStringList{"--rate", "2", "--reject"}})
         QCOMPARE(tolvikInfo(wrong + QStringList{a}).status, 2);
+}
+
+// The marks a file's sidecar holds end its text rows where it has them, and
+// its CSV row and JSON object always; --sidecar-name picks the sidecar
+// written and, where both exist, read.
+void TestCli::marksShown_data()
+{
+    QTest::addColumn<QStringList>("marking"); // runs on A.DNG, "|" between; "cp FROM TO" copies
+    QTest::addColumn<QStringList>("reading");
+    QTest::addColumn<QString>("tail"); // how the output of A.DNG ends
+    QTest::addColumn<QStringList>("sidecars");
+    const QStringList fourBlue{"--rate", "4", "--label", "blue"};
+    const QString id = QStringLiteral("  ImageID:                   10815\n");
+    QTest::newRow("text, stars and label")
+        << fourBlue << QStringList{}
+        << id + "  Rating:                    \u2605\u2605\u2605\u2605\u2606\n"
+                "  Label:                     Blue\n"
+        << QStringList{"A.xmp"};
+    QTest::newRow("text, rejected") << QStringList{"--reject"} << QStringList{}
+                                    << id + "  Rating:                    rejected\n"
+                                    << QStringList{"A.xmp"};
+    QTest::newRow("text, unmarked: as before")
+        << QStringList{} << QStringList{} << id << QStringList{};
+    QTest::newRow("CSV, stars and label")
+        << fourBlue << QStringList{"--csv"} << ",10815,4,Blue,\r\n"
+        << QStringList{"A.xmp"};
+    QTest::newRow("CSV, rejected")
+        << QStringList{"--reject"} << QStringList{"--csv"} << ",10815,-1,,\r\n"
+        << QStringList{"A.xmp"};
+    QTest::newRow("CSV, unmarked") << QStringList{} << QStringList{"--csv"} << ",10815,,,\r\n"
+                                   << QStringList{};
+    QTest::newRow("JSON, stars and label")
+        << fourBlue << QStringList{"--json"}
+        << "\"ImageID\":\"10815\",\"rating\":4,\"label\":\"Blue\"}\n"
+        << QStringList{"A.xmp"};
+    QTest::newRow("JSON, rejected")
+        << QStringList{"--reject"} << QStringList{"--json"} << "\"rating\":-1,\"label\":null}\n"
+        << QStringList{"A.xmp"};
+    QTest::newRow("JSON, unmarked: null")
+        << QStringList{} << QStringList{"--json"} << "\"rating\":null,\"label\":null}\n"
+        << QStringList{};
+    QTest::newRow("full name written") << QStringList{"--sidecar-name", "full", "--rate", "2"}
+                                       << QStringList{"--json"} << "\"rating\":2,\"label\":null}\n"
+                                       << QStringList{"A.DNG.xmp"};
+    const QStringList both{"--rate",         "1",    "|",      "cp", "A.xmp", "A.DNG.xmp", "|",
+                           "--sidecar-name", "full", "--rate", "5"};
+    QTest::newRow("both names: base read")
+        << both << QStringList{"--json"} << "\"rating\":1,\"label\":null}\n"
+        << QStringList{"A.DNG.xmp", "A.xmp"};
+    QTest::newRow("both names: full read")
+        << both << QStringList{"--json", "--sidecar-name", "full"}
+        << "\"rating\":5,\"label\":null}\n"
+        << QStringList{"A.DNG.xmp", "A.xmp"};
+}
+
+void TestCli::marksShown()
+{
+    QFETCH(QStringList, marking);
+    QFETCH(QStringList, reading);
+    fixture::TempFiles card;
+    const QString a = card.write("A.DNG", sampleM9Dng());
+    for (const QString &run : marking.join(' ').split('|', Qt::SkipEmptyParts)) {
+        const QStringList words = run.split(' ', Qt::SkipEmptyParts);
+        if (words.first() == "cp")
+            QVERIFY(QFile::copy(card.path(words[1]), card.path(words[2])));
+        else
+            QCOMPARE(tolvikInfo(words + QStringList{a}).status, 0);
+    }
+    const Run run = tolvikInfo(reading + QStringList{a});
+    QCOMPARE(run.status, 0);
+    QFETCH(QString, tail);
+    QVERIFY2(run.out.endsWith(tail), qPrintable(run.out.right(200)));
+    QTEST(QDir(card.path(".")).entryList({"*.xmp"}, QDir::Files, QDir::Name), "sidecars");
+}
+
+// With --raw-stats the contact sheet and the report carry the figures
+// tolvik-info --raw-stats gives of a frame whose red channel clips; the
+// sheet shows its stars and label always.
+void TestCli::rawFiguresOnPaper_data()
+{
+    QTest::addColumn<QStringList>("arguments"); // :pdf, then the frame
+    QTest::addColumn<QStringList>("shown");     // :R, :G, :B the channels' "R 4.50% 0.00 EV"
+    QTest::addColumn<QString>("absent");
+    const QString stars = QStringLiteral("\u2605\u2605\u2605\u2605\u2606");
+    QTest::newRow("contact sheet")
+        << QStringList{"--raw-stats", "--contact-sheet"}
+        << QStringList{stars, "Blue", "Clipped :R% \u00b7 Headroom 0.00 EV"} << "";
+    QTest::newRow("contact sheet without figures")
+        << QStringList{"--contact-sheet"} << QStringList{stars, "Blue"} << "Clipped";
+    QTest::newRow("report") << QStringList{"--raw-stats", "--report"}
+                            << QStringList{"Raw Exposure", ":R", ":G", ":B"} << "";
+    QTest::newRow("report without figures")
+        << QStringList{"--exact", "--report"} << QStringList{"Exif-Details"} << "Raw Exposure";
+}
+
+void TestCli::rawFiguresOnPaper()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QStringList, shown);
+    QFETCH(QString, absent);
+    fixture::TempFiles files;
+    fixture::RawOptions frame;
+    frame.width = 640;
+    frame.height = 440;
+    frame.channelGain = {4, 1, 1};
+    const QString dng = files.path("L1000001.DNG");
+    QVERIFY(fixture::writeRawDng(dng, frame));
+    QCOMPARE(tolvikInfo({"--rate", "4", "--label", "blue", dng}).status, 0);
+    // "L1000001.DNG  R 4.50% 0.00 EV  G 0.00% 0.50 EV  B 0.00% 0.84 EV"
+    const QStringList figures = tolvikInfo({"--raw-stats", dng}).out.trimmed().split("  ");
+    QCOMPARE(figures.size(), 4);
+    QVERIFY2(figures[1].startsWith("R ") && figures[1].endsWith(" 0.00 EV") &&
+                 !figures[1].startsWith("R 0.00%"),
+             qPrintable(figures[1])); // red clips
+    const QString pdf = files.path("out.pdf");
+    const Run run = tolvikInfo(arguments + QStringList{pdf, dng});
+    QCOMPARE(run.status, 0);
+    QProcess text;
+    text.start("pdftotext", {"-layout", pdf, "-"});
+    QVERIFY(text.waitForFinished());
+    const QString pages = QString::fromUtf8(text.readAllStandardOutput()).simplified();
+    for (QString line : shown) {
+        line.replace(":R%", figures[1].section(' ', 1, 1));
+        for (int c = 1; c < 4; ++c)
+            line.replace(QLatin1Char(':') + figures[c].left(1), figures[c]);
+        QVERIFY2(pages.contains(line), qPrintable(line + " not in: " + pages));
+    }
+    QVERIFY(absent.isEmpty() || !pages.contains(absent));
 }
 
 void TestCli::render_data()
@@ -577,13 +717,13 @@ void TestCli::csv()
     const QStringList rows = run.out.split(QStringLiteral("\r\n"));
     QCOMPARE(rows.size(), 4); // header, two files, the empty rest after the last CRLF
     QVERIFY(rows[0].startsWith(QLatin1String("file,Camera,Serial,FW,FileName,Date/Time,ISO,")));
-    QVERIFY(rows[0].endsWith(QLatin1String(",ImageID,error")));
+    QVERIFY(rows[0].endsWith(QLatin1String(",ImageID,rating,label,error")));
     const QString quoted = QString(odd).replace(QLatin1Char('"'), QLatin1String("\"\""));
     QVERIFY(rows[1].startsWith(QLatin1Char('"') + quoted +
                                QStringLiteral("\",M9 Digital Camera,3912204,1.196,"
                                               "\"L1,\"\"2\"\".DNG\",2012:06:17")));
-    QVERIFY(rows[1].endsWith(QLatin1String(",10815,")));
-    QCOMPARE(rows[2], m_random + QString(18, QLatin1Char(',')) +
+    QVERIFY(rows[1].endsWith(QLatin1String(",10815,,,")));
+    QCOMPARE(rows[2], m_random + QString(20, QLatin1Char(',')) +
                           QStringLiteral(",Fehler bei der Verarbeitung. Keine native DNG-Datei! "
                                          "(not a TIFF file)"));
     // A comma alone is quoted too.
