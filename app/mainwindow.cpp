@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 #include "ui_mainwindow.h"
+#include "ui_reportoptions.h"
 
 #include "card/dngfiles.h"
 #include "card/filerows.h"
@@ -14,6 +15,7 @@
 #include "tdlgpreferences.h"
 #include "tframeview.h"
 #include "tmygraphicspixmapitem.h"
+#include "workpool.h"
 
 #include <QBuffer>
 #include <QClipboard>
@@ -27,6 +29,7 @@
 #include <QFileInfo>
 #include <QFont>
 #include <QFontDatabase>
+#include <QFutureWatcher>
 #include <QGraphicsScene>
 #include <QIcon>
 #include <QImage>
@@ -37,14 +40,20 @@
 #include <QMimeData>
 #include <QPixmap>
 #include <QPrintPreviewDialog>
+#include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QPrinterInfo>
 #include <QProcess>
 #include <QSettings>
 #include <QShortcut>
 #include <QStandardPaths>
+#include <QToolBar>
 #include <QToolTip>
 #include <QUrl>
+#include <QtConcurrent>
+
+#include <atomic>
+#include <memory>
 
 namespace {
 
@@ -347,7 +356,7 @@ void MainWindow::on_actionPrint_triggered()
 {
     if (!rawFile || !rawFile->previewImage())
         return;
-    const TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage(), valueStyle());
+    TReport report(*rawFile, ui->lblRGBPic->pixmap().toImage(), valueStyle());
     QPrinter printer;
     setReportMargins(&printer);
     // A PDF carries the title and creator tolvik-info --report gives it, and
@@ -366,7 +375,46 @@ void MainWindow::on_actionPrint_triggered()
         printSafely(&preview, target, {currentFileName},
                     [&report](QPrinter *p) { return report.print(p) > 0; });
     });
+    addReportOptions(preview, report);
     preview.exec();
+}
+
+// The report's options in the preview's tool bar: the raw exposure figures,
+// counted on the pool when first asked for (a pass over the raw data), the
+// preview painted again once they are there.
+void MainWindow::addReportOptions(QPrintPreviewDialog &preview, TReport &report)
+{
+    auto *bar = preview.findChild<QToolBar *>();
+    auto *pages = preview.findChild<QPrintPreviewWidget *>();
+    if (!bar || !pages)
+        return;
+    auto *options = new QWidget; // the tool bar's
+    const auto form = std::make_shared<Ui::ReportOptions>();
+    form->setupUi(options);
+    bar->addSeparator();
+    bar->addWidget(options);
+
+    auto *counting = new QFutureWatcher<raw::TRawFigures>(&preview);
+    const auto cancelled = std::make_shared<std::atomic<bool>>(false);
+    connect(&preview, &QDialog::finished, &preview, [cancelled] { cancelled->store(true); });
+    const auto show = [&report, pages, counting, form] {
+        const bool shown = form->chkRawFigures->isChecked() && counting->future().resultCount() > 0;
+        report.setRawFigures(shown ? std::optional(counting->result()) : std::nullopt);
+        pages->updatePreview();
+    };
+    connect(counting, &QFutureWatcher<raw::TRawFigures>::finished, &preview, show);
+    connect(form->chkRawFigures, &QCheckBox::toggled, &preview,
+            [show, counting, cancelled, path = currentFileName](bool on) {
+                QSettings().setValue(settingskeys::kReportRawFigures, on);
+                if (on && counting->future().resultCount() == 0 && !counting->isRunning())
+                    counting->setFuture(QtConcurrent::run(workPool(), [path, cancelled] {
+                        return raw::rawFiguresOfFile(path, cancelled.get());
+                    }));
+                else
+                    show();
+            });
+    form->chkRawFigures->setChecked(
+        QSettings().value(settingskeys::kReportRawFigures, false).toBool());
 }
 
 QString MainWindow::previewProposal(const QString &rawFilePath)

@@ -24,7 +24,9 @@ class QDropEvent;
 class TCardWindow;
 class TFrameView;
 class QMenu;
+class QPrintPreviewDialog;
 class TM9File;
+class TReport;
 
 namespace Ui {
 class MainWindow;
@@ -110,6 +112,7 @@ private:
     void berechneRGBVerteilung();
     void showDistribution();
     TValueStyle valueStyle() const;
+    void addReportOptions(QPrintPreviewDialog &preview, TReport &report);
 
     Ui::MainWindow *ui;
     // The file opened last. Replaced (and only then deleted) by the next one.

@@ -15,6 +15,8 @@ inline constexpr QLatin1String kLastFolder("OtherSettings/lastDirectory");
 inline constexpr QLatin1String kRecentFiles("OtherSettings/recentFiles");
 inline constexpr QLatin1String kPrograms("OtherSettings/programmListe");
 inline constexpr QLatin1String kExactValues("View/exactValues");
+// The printed report shows the raw exposure figures.
+inline constexpr QLatin1String kReportRawFigures("Print/reportRawFigures");
 inline constexpr QLatin1String kMainGeometry("MainWindow/geometry");
 inline constexpr QLatin1String kMainState("MainWindow/windowState");
 inline constexpr QLatin1String kCardGeometry("CardWindow/geometry");

@@ -7,14 +7,17 @@
 #include "mainwindow.h"
 #include "rawfile/tm9file.h"
 #include "rawfile/upright.h"
+#include "settingskeys.h"
 #include "tdlgpreferences.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QCryptographicHash>
 #include <QDate>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QFutureWatcher>
 #include <QGraphicsView>
 #include <QImageReader>
 #include <QJsonDocument>
@@ -349,7 +352,9 @@ void TestCommands::stepThroughFolder()
 // Without a file, Print and Copy do nothing; with one, Print shows the preview
 // and Copy puts the panel's rows on the clipboard. Printed to a PDF from the
 // preview where there is no printer, the report is proposed beside the raw
-// file and titled and signed as tolvik-info --report does it.
+// file and titled and signed as tolvik-info --report does it; the preview's
+// "Raw exposure figures" adds them (here, why the sample has none) and is
+// remembered.
 void TestCommands::printAndCopyNeedAFile()
 {
     if (!QPrinterInfo::availablePrinterNames().isEmpty())
@@ -362,6 +367,8 @@ void TestCommands::printAndCopyNeedAFile()
     apptest::whenModal<QPrintPreviewDialog>([&](QPrintPreviewDialog *dialog) {
         previewedFile = window.currentFileName;
         QCOMPARE(dialog->printer()->docName(), QStringLiteral("L1000777.DNG"));
+        dialog->findChild<QCheckBox *>(QStringLiteral("chkRawFigures"))->setChecked(true);
+        QTRY_VERIFY(dialog->findChild<QFutureWatcherBase *>()->isFinished());
         apptest::whenModal<QPrintDialog>([&](QPrintDialog *print) {
             proposed = print->findChild<QLineEdit *>(QStringLiteral("filename"))->text();
             print->accept();
@@ -385,6 +392,10 @@ void TestCommands::printAndCopyNeedAFile()
     QVERIFY2(info.contains(QRegularExpression("Title: +L1000777.DNG\n")) &&
                  info.contains(QRegularExpression("Creator: +Tolvik 0.6.2\n")),
              qPrintable(info));
+    const QString text = simplifiedPdfText(pdf);
+    QVERIFY2(text.contains(QLatin1String("Raw Exposure")) && text.contains("Raw data the strips"),
+             qPrintable(text));
+    QVERIFY(QSettings().value(settingskeys::kReportRawFigures).toBool());
     window.findChild<QAction *>(QStringLiteral("actionCopy"))->trigger();
     const QStringList lines = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
 
