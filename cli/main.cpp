@@ -161,12 +161,11 @@ constexpr int kProgressFromFiles = 101;
 
 struct TOptions {
     TFormat format = TFormat::Text;
-    QStringList given; // the options as named, for checking how they combine
+    QStringList given; // the options as named: the mode they choose, how they combine
     TRowOptions rows;
     int jobs = 0; // 0: one per core
     bool help = false;
     bool version = false;
-    bool stats = false;       // --stats: counts per category instead of rows
     bool rawStats = false;    // --raw-stats: the exposure figures of the raw data
     QString reportPath;       // --report: the PDF of one file
     QString contactSheetPath; // --contact-sheet: the PDF of every file
@@ -174,7 +173,6 @@ struct TOptions {
     QString renderFormat;     // --format: the frames' format in a folder
     bool half = false;        // --half: half-size frames
     QString sonyOffset;       // --sony-makernote: where the Sony directory lies
-    bool sensorCheck = false; // --sensor-check: defects and spots across the frames
     TMarking marking;         // --rate, --reject, --label: marks for the sidecars
     // --sidecar-name: the sidecar marks are written to, and read where both exist.
     TSidecarNaming naming = TSidecarNaming::BaseName;
@@ -290,10 +288,8 @@ QString parseArguments(const QStringList &args, TOptions &options)
             options.format = arg == QLatin1String("--json") ? TFormat::Json : TFormat::Csv;
         } else if (arg == QLatin1String("--all")) {
             options.rows.all = true;
-        } else if (arg == QLatin1String("--stats")) {
-            options.stats = true;
-        } else if (arg == QLatin1String("--sensor-check")) {
-            options.sensorCheck = true;
+        } else if (arg == QLatin1String("--stats") || arg == QLatin1String("--sensor-check")) {
+            // they choose their mode as given (modeOf)
         } else if (arg == QLatin1String("--raw-stats")) {
             options.rawStats = true;
         } else if (arg == QLatin1String("--rate") || arg == QLatin1String("--label") ||
