@@ -4,12 +4,12 @@
 // A contact sheet of a card: a grid of the frames' previews, turned upright,
 // each with its file name, its stars and colour label where it has them, a
 // summary line of its exact values and, when asked for, its raw exposure
-// figures. The header
-// names the folder, the number of frames and the days they span; the footer
-// reads "Seite n / N" and the date, as the report's does. Pages are painted
-// one at a time and each picture is read when its page is painted, so memory
-// does not grow with the number of frames; the window makes them before, on
-// its worker threads, so that painting a preview does not hold it up.
+// figures. The header names the folder, the number of frames and the days
+// they span; the footer reads "Seite n / N" and the date, as the report's
+// does. Pages are painted one at a time and each picture is read when its
+// page is painted, so memory does not grow with the number of frames; the
+// window makes them before, on its worker threads, so that painting a preview
+// does not hold it up.
 
 #include "card/cardentry.h"
 
@@ -42,7 +42,7 @@ public:
     // readRawFigures() counts them on the worker threads that read the
     // entries. A frame without them reads "n.a". Off unless set.
     void setShowRawFigures(bool show);
-    bool showsRawFigures() const { return m_showRawFigures; }
+
     int pageCount() const;
 
     // Paints every page on the device; returns the number of pages.
