@@ -247,50 +247,86 @@ QString TCardWindow::exportCsv(const QString &path) const
 TContactSheet TCardWindow::contactSheet() const
 {
     QList<TCardEntry> entries;
-    for (const int row : shownRows())
+    const bool shownOnly = ui->actionSheet_Shown_Only->isChecked();
+    for (const int row : shownOnly ? shownRows() : allRows())
         entries.append(m_model->entry(row));
-    return TContactSheet(m_folder, entries);
+    TContactSheet sheet(m_folder, entries);
+    sheet.setShowRawFigures(ui->actionSheet_Raw_Figures->isChecked());
+    return sheet;
 }
 
-// The sheet's pictures made on the work pool while a progress dialog shows
-// and the window goes on answering; false when cancelled.
-bool TCardWindow::makeSheetPictures(TContactSheet &sheet)
+QList<int> TCardWindow::allRows() const
 {
-    const QList<TCardEntry> &entries = sheet.frames();
+    QList<int> rows;
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        rows.append(row);
+    return rows;
+}
+
+namespace {
+
+// A frame of the sheet made ready on a worker: its picture, and its raw
+// figures where they are asked for and not counted yet.
+struct TSheetFrame {
+    QImage picture;
+    std::optional<raw::TRawFigures> figures;
+};
+
+} // namespace
+
+// The sheet with its pictures made (and the raw figures the table does not
+// have yet counted, where the sheet shows them) on the work pool while a
+// progress dialog shows and the window goes on answering; none when
+// cancelled.
+std::optional<TContactSheet> TCardWindow::preparedSheet()
+{
+    const TContactSheet sheet = contactSheet();
+    QList<TCardEntry> entries = sheet.frames();
+    const bool figures = ui->actionSheet_Raw_Figures->isChecked();
     QProgressDialog progress(tr("Making the pictures of the contact sheet..."), tr("Cancel"), 0,
                              int(entries.size()), this);
     progress.setWindowModality(Qt::WindowModal);
     progress.setMinimumDuration(kProgressAfterMs);
-    QFutureWatcher<QImage> making;
+    QFutureWatcher<TSheetFrame> making;
     QEventLoop loop;
-    connect(&making, &QFutureWatcher<QImage>::progressValueChanged, &progress,
+    connect(&making, &QFutureWatcher<TSheetFrame>::progressValueChanged, &progress,
             &QProgressDialog::setValue);
-    connect(&progress, &QProgressDialog::canceled, &making, &QFutureWatcher<QImage>::cancel);
-    connect(&making, &QFutureWatcher<QImage>::finished, &loop, &QEventLoop::quit);
-    making.setFuture(QtConcurrent::mapped(workPool(), entries, &TContactSheet::picture));
+    connect(&progress, &QProgressDialog::canceled, &making, &QFutureWatcher<TSheetFrame>::cancel);
+    connect(&making, &QFutureWatcher<TSheetFrame>::finished, &loop, &QEventLoop::quit);
+    making.setFuture(QtConcurrent::mapped(workPool(), entries, [figures](const TCardEntry &entry) {
+        TSheetFrame frame{TContactSheet::picture(entry), entry.frame.figures};
+        if (figures && entry.accepted() && !frame.figures)
+            frame.figures = raw::rawFiguresOfFile(entry.path);
+        return frame;
+    }));
     if (!making.isFinished())
         loop.exec();
     if (making.isCanceled())
-        return false;
+        return std::nullopt;
     QHash<QString, QImage> pictures;
-    for (qsizetype i = 0; i < entries.size(); ++i)
-        pictures.insert(entries[i].path, making.resultAt(int(i)));
-    sheet.setPictures(std::move(pictures));
-    return true;
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        const TSheetFrame frame = making.resultAt(int(i));
+        pictures.insert(entries[i].path, frame.picture);
+        entries[i].frame.figures = frame.figures;
+    }
+    TContactSheet ready(m_folder, entries);
+    ready.setShowRawFigures(figures);
+    ready.setPictures(std::move(pictures));
+    return ready;
 }
 
 void TCardWindow::on_actionPrint_Contact_Sheet_triggered()
 {
-    TContactSheet sheet = contactSheet();
-    if (!makeSheetPictures(sheet))
+    const std::optional<TContactSheet> sheet = preparedSheet();
+    if (!sheet)
         return;
     QPrinter printer;
     setReportMargins(&printer);
-    printer.setDocName(sheet.headerText());
+    printer.setDocName(sheet->headerText());
     QPrintPreviewDialog preview(&printer, this);
     connect(&preview, &QPrintPreviewDialog::paintRequested, &preview, [&](QPrinter *target) {
         printSafely(&preview, target, cardFiles(),
-                    [&sheet](QPrinter *p) { return sheet.print(p) > 0; });
+                    [&sheet](QPrinter *p) { return sheet->print(p) > 0; });
     });
     preview.exec();
 }
@@ -305,8 +341,14 @@ void TCardWindow::on_actionSave_Contact_Sheet_triggered()
     if (path.isEmpty())
         return;
     QString failure = outputRefusal(path, TOutputKind::Pdf, cardFiles());
-    if (failure.isEmpty())
-        failure = writeContactSheetPdf(contactSheet(), path);
+    if (!failure.isEmpty()) {
+        warnNotWritten(this, tr("Save Contact Sheet"), failure);
+        return;
+    }
+    const std::optional<TContactSheet> sheet = preparedSheet();
+    if (!sheet)
+        return;
+    failure = writeContactSheetPdf(*sheet, path);
     if (!failure.isEmpty())
         warnNotWritten(this, tr("Save Contact Sheet"), failure);
 }

@@ -8,6 +8,8 @@
 #include <QMainWindow>
 #include <QString>
 
+#include <optional>
+
 class QCloseEvent;
 class QModelIndex;
 class QTimer;
@@ -46,7 +48,10 @@ public:
     // Writes the shown rows in the shown order; an empty text, or why the
     // file was not written (refused, or the system's reason).
     QString exportCsv(const QString &path) const;
-    // The contact sheet of the shown rows in the shown order.
+    // The contact sheet of the shown rows in the shown order (of every row
+    // in the card's order with File ▸ Contact Sheet of the Shown Frames
+    // Only off), with the raw figures where File ▸ Raw Exposure Figures on
+    // the Contact Sheet is on.
     TContactSheet contactSheet() const;
 
     // The pictures of the rows shown and a few beyond are asked for.
@@ -98,7 +103,8 @@ private:
     // The frames rated rejected, moved aside as the preferences say; Ctrl+Z
     // brings them back into the card.
     void moveRejected(const QStringList &paths);
-    bool makeSheetPictures(TContactSheet &sheet);
+    std::optional<TContactSheet> preparedSheet();
+    QList<int> allRows() const;
     QStringList cardFiles() const; // every file of the card, to be kept from any output
     QString pathAt(const QModelIndex &index) const;
     int shownRowOf(const QString &path) const;

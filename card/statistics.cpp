@@ -84,7 +84,11 @@ QString categoryName(TCategory category)
 
 TFrame frameOf(const TM9File &file, bool accepted)
 {
-    return {accepted, panelTexts(file, TValueStyle::Exact), panelNumbers(file)};
+    TFrame frame;
+    frame.accepted = accepted;
+    frame.texts = panelTexts(file, TValueStyle::Exact);
+    frame.numbers = panelNumbers(file);
+    return frame;
 }
 
 QString categoryText(const TFrame &frame, TCategory category)

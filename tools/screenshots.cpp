@@ -148,6 +148,7 @@ bool saveCard(const QString &folder, const QString &dir)
     if (!save(*card, dir + QStringLiteral("card.png")))
         return false;
 
+    card->findChild<QAction *>(QStringLiteral("actionSheet_Raw_Figures"))->setChecked(true);
     const QString pdf = dir + QStringLiteral("contact-sheet.pdf");
     if (!writeContactSheetPdf(card->contactSheet(), pdf).isEmpty())
         return false;

@@ -563,6 +563,13 @@ void TestCard::culling()
         ratings->setCurrentIndex(ratings->findText(QString::fromUtf8(choice)));
         QCOMPARE(shown(), QLatin1String(names));
     }
+    // The contact sheet: the frames shown, or on request every frame.
+    ratings->setCurrentIndex(3);
+    QCOMPARE(card.contactSheet().frames().size(), 2);
+    auto *shownOnly = card.findChild<QAction *>(QStringLiteral("actionSheet_Shown_Only"));
+    shownOnly->setChecked(false);
+    QCOMPARE(card.contactSheet().frames().size(), 4);
+    shownOnly->setChecked(true);
     ratings->setCurrentIndex(0);
     labels->setCurrentIndex(labels->findData(QStringLiteral("none")));
     QCOMPARE(shown(), QStringLiteral("BC"));
