@@ -624,6 +624,15 @@ void TestCard::culling()
         if (qobject_cast<QMessageBox *>(box))
             box->close();
     }
+    // The main window marks the file it shows.
+    MainWindow window;
+    window.show();
+    window.openFile(a.fileName());
+    QApplication::setActiveWindow(&window);
+    QTest::keyClick(&window, Qt::Key_4);
+    QTRY_VERIFY(!marker()->isBusy());
+    QCOMPARE(readMarks(a.fileName(), TSidecarNaming::BaseName).mark.rating, 4);
+
     QVERIFY(a.seek(0));
     QCOMPARE(a.readAll(), aBytes);
 }
