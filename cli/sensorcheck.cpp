@@ -2,6 +2,7 @@
 
 #include "exif/paneltexts.h"
 #include "raw/sensorcheck.h"
+#include "raw/sensorlist.h"
 #include "rawfile/tm9file.h"
 
 #include <QJsonArray>
@@ -14,10 +15,6 @@
 
 namespace {
 
-// Frames at the apertures that show the glass sharpest count this much more
-// for spots than frames at wider ones.
-constexpr double kSmallApertureWeight = 2;
-constexpr double kSmallApertureFrom = 5.6, kSmallApertureTo = 22;
 // A progress line appears only for runs long enough to be watched.
 constexpr int kProgressFromFiles = 20;
 
@@ -26,9 +23,7 @@ double apertureWeight(const QString &path)
     TM9File file(path);
     if (!file.processFile())
         return 1;
-    const double f = panelNumbers(file).aperture;
-    return f >= kSmallApertureFrom - 0.05 && f <= kSmallApertureTo + 0.05 ? kSmallApertureWeight
-                                                                          : 1;
+    return raw::apertureWeight(panelNumbers(file).aperture);
 }
 
 double oneDecimal(double v)
@@ -50,7 +45,8 @@ QByteArray jsonOf(const raw::TSensorCheckResult &r)
             {QStringLiteral("x"), oneDecimal(s.x)},
             {QStringLiteral("y"), oneDecimal(s.y)},
             {QStringLiteral("radius"), oneDecimal(s.radius)},
-            {QStringLiteral("kind"), s.bright ? QStringLiteral("bright") : QStringLiteral("dust")},
+            {QStringLiteral("kind"),
+             raw::markKindName(s.bright ? raw::TSensorMark::Bright : raw::TSensorMark::Dust)},
             {QStringLiteral("contrast_percent"), oneDecimal(s.contrastPercent)},
             {QStringLiteral("frames"), s.frames}});
     const QJsonObject object{{QStringLiteral("frames"), r.frames},
@@ -67,22 +63,11 @@ QByteArray jsonOf(const raw::TSensorCheckResult &r)
 
 QByteArray textOf(const raw::TSensorCheckResult &r)
 {
-    QString out = QStringLiteral("Frames checked: %1\n").arg(r.frames);
-    if (r.skippedOtherCamera + r.skippedCutShort + r.skippedOtherSize)
-        out += QStringLiteral("Frames skipped: %1 of another camera, %2 cut short, %3 of "
-                              "another raw size\n")
-                   .arg(r.skippedOtherCamera)
-                   .arg(r.skippedCutShort)
-                   .arg(r.skippedOtherSize);
-    if (r.width)
-        out += QStringLiteral("Sensor map: %1 x %2 pixels (raw image; active area x %3-%4, "
-                              "y %5-%6)\n")
-                   .arg(r.width)
-                   .arg(r.height)
-                   .arg(r.activeLeft)
-                   .arg(r.activeRight - 1)
-                   .arg(r.activeTop)
-                   .arg(r.activeBottom - 1);
+    QString out = raw::checkedText(r) + QLatin1Char('\n');
+    for (const QString &line : {raw::skippedText(r), raw::mapText(r)}) {
+        if (!line.isEmpty())
+            out += line + QLatin1Char('\n');
+    }
     out += QStringLiteral("\nPixel defects: %1\n").arg(r.defects.size());
     for (const raw::TSensorDefect &d : r.defects)
         out += QStringLiteral("  x %1  y %2  %3  in %4 of %5 frames\n")
@@ -97,7 +82,9 @@ QByteArray textOf(const raw::TSensorCheckResult &r)
                    .arg(qRound(s.x), 5)
                    .arg(qRound(s.y), 5)
                    .arg(qRound(s.radius), 3)
-                   .arg(s.bright ? QStringLiteral("bright") : QStringLiteral("dust  "))
+                   .arg(raw::markKindName(s.bright ? raw::TSensorMark::Bright
+                                                   : raw::TSensorMark::Dust),
+                        -6)
                    .arg(QString::number(s.contrastPercent, 'f', 1), 6)
                    .arg(s.frames);
     return out.toUtf8();
