@@ -1,8 +1,13 @@
 #include "documents/pageframe.h"
 
+#include "card/safewrite.h"
+
+#include <QCoreApplication>
 #include <QDate>
+#include <QPageSize>
 #include <QPagedPaintDevice>
 #include <QPainter>
+#include <QPdfWriter>
 
 namespace {
 
@@ -63,4 +68,22 @@ void TPageFrame::paintFooter(QPainter &painter, int page, int pages) const
 void setReportMargins(QPagedPaintDevice *device)
 {
     device->setPageMargins(QMarginsF(kMargin, kMargin, kMargin, kMargin), QPageLayout::Millimeter);
+}
+
+QString reportCreator()
+{
+    return QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion();
+}
+
+QString writePagesPdf(const QString &pdfPath, const QString &title,
+                      const std::function<int(QPagedPaintDevice *)> &print)
+{
+    return writeAtomically(pdfPath, [&](QIODevice &device) {
+        QPdfWriter writer(&device);
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        setReportMargins(&writer);
+        writer.setTitle(title);
+        writer.setCreator(reportCreator());
+        return print(&writer) > 0;
+    });
 }

@@ -7,6 +7,8 @@
 #include <QRectF>
 #include <QString>
 
+#include <functional>
+
 class QPagedPaintDevice;
 class QPaintDevice;
 class QPainter;
@@ -27,5 +29,14 @@ void setPoints(QPainter &painter, double points, bool bold = false);
 
 // The margins printed pages are laid out with, on paper or in a PDF.
 void setReportMargins(QPagedPaintDevice *device);
+
+// The program that made a PDF: "Tolvik 0.6.2".
+QString reportCreator();
+
+// Writes an A4 PDF with these margins, titled title, through a temporary file
+// renamed when complete: print paints the pages and returns how many (0:
+// nothing could be painted). An empty text, or the path and the reason.
+QString writePagesPdf(const QString &pdfPath, const QString &title,
+                      const std::function<int(QPagedPaintDevice *)> &print);
 
 #endif // PAGEFRAME_H

@@ -1,17 +1,13 @@
 #include "documents/tcontactsheet.h"
 
-#include "card/safewrite.h"
-
 #include "documents/pageframe.h"
 #include "exif/paneltexts.h"
 #include "rawfile/tm9file.h"
 #include "rawfile/upright.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
-#include <QPageSize>
+#include <QPagedPaintDevice>
 #include <QPainter>
-#include <QPdfWriter>
 
 #include <algorithm>
 #include <optional>
@@ -301,12 +297,6 @@ int TContactSheet::print(QPagedPaintDevice *device) const
 
 QString writeContactSheetPdf(const TContactSheet &sheet, const QString &pdfPath)
 {
-    return writeAtomically(pdfPath, [&](QIODevice &device) {
-        QPdfWriter writer(&device);
-        writer.setPageSize(QPageSize(QPageSize::A4));
-        setReportMargins(&writer);
-        writer.setTitle(sheet.headerText());
-        writer.setCreator(QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion());
-        return sheet.print(&writer) > 0;
-    });
+    return writePagesPdf(pdfPath, sheet.headerText(),
+                         [&sheet](QPagedPaintDevice *device) { return sheet.print(device); });
 }

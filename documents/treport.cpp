@@ -13,8 +13,8 @@
 #include <QCoreApplication>
 #include <QDate>
 #include <QFile>
+#include <QPagedPaintDevice>
 #include <QPainter>
-#include <QPdfWriter>
 #include <QPixmap>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -196,11 +196,6 @@ QString reportHeaderText()
                     QLatin1String(maker::kWeb), QLatin1String(maker::kMail));
 }
 
-QString reportCreator()
-{
-    return QStringLiteral("Tolvik ") + QCoreApplication::applicationVersion();
-}
-
 QList<TReportRow> reportRows(const TM9File &file, TValueStyle style)
 {
     const TExifValues &exif = file.exif();
@@ -307,12 +302,6 @@ QString writeReportPdf(TM9File &file, const QString &pdfPath, TValueStyle style,
     distribution.add(file.previewImage());
     TReport report(file, distribution.picture(), style);
     report.setRawFigures(figures);
-    return writeAtomically(pdfPath, [&](QIODevice &device) {
-        QPdfWriter writer(&device);
-        writer.setPageSize(QPageSize(QPageSize::A4));
-        setReportMargins(&writer);
-        writer.setTitle(file.fileName());
-        writer.setCreator(reportCreator());
-        return report.print(&writer) > 0;
-    });
+    return writePagesPdf(pdfPath, file.fileName(),
+                         [&report](QPagedPaintDevice *device) { return report.print(device); });
 }

@@ -33,9 +33,6 @@ inline constexpr char kMail[] = "info@brekko.example";
 // "Tolvik Version 0.6.2  | 2025-2026 | Brekko | brekko.example | eMail: ..."
 QString reportHeaderText();
 
-// The program that made a PDF of the report: "Tolvik 0.6.2".
-QString reportCreator();
-
 // A row of the "Exif-Details" table: name, tag number or directory, value.
 struct TReportRow {
     QString name;
