@@ -76,11 +76,35 @@ TFrameView::~TFrameView()
 
 void TFrameView::showFrame(const QString &path)
 {
+    m_centreOn.reset();
     m_path = path;
     setWindowTitle(QFileInfo(path).fileName() + QStringLiteral(" \u2013 Tolvik"));
     keepAround(path);
     if (m_fitted)
         fit();
+    clampOffset();
+    update();
+}
+
+void TFrameView::showFrameAt(const QString &path, QPoint rawPosition)
+{
+    showFrame(path);
+    m_centreOn = rawPosition;
+    centreWhenReady();
+}
+
+// 100 % around the raw position asked for, as soon as the frame's geometry
+// is known (its half-size picture is in).
+void TFrameView::centreWhenReady()
+{
+    const TFrame *frame = current();
+    if (!m_centreOn || !frame || !frame->raw)
+        return;
+    const QPoint at = raw::developedPositionOf(frame->raw->info, raw::TSize::Full, *m_centreOn);
+    m_centreOn.reset();
+    m_scale = 1.0;
+    m_fitted = false;
+    m_offset = QPointF(rect().center()) - QPointF(at) - QPointF(0.5, 0.5);
     clampOffset();
     update();
 }
@@ -175,6 +199,7 @@ void TFrameView::received(const QString &path, const std::shared_ptr<std::atomic
     apply(*target);
     if (path != m_path)
         return;
+    centreWhenReady();
     if (m_fitted)
         fit();
     update();

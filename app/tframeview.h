@@ -23,6 +23,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 class TFrameView : public QWidget {
     Q_OBJECT
@@ -36,6 +37,9 @@ public:
     ~TFrameView() override;
 
     void showFrame(const QString &path);
+    // The frame at 100 % with the stored raw position at the window's
+    // centre (as near as the picture's edges let it), once the frame is in.
+    void showFrameAt(const QString &path, QPoint rawPosition);
     QString path() const { return m_path; }
 
     // What is shown, for the tests: the picture's size in full-size pixels,
@@ -80,6 +84,7 @@ private:
     const TFrame *current() const;
     QImage shownImage(double *pixelsPerImagePixel) const;
     void fit();
+    void centreWhenReady();
     void zoomAround(QPointF widgetPoint, double scale);
     void clampOffset();
     QPointF toPicture(QPointF widgetPoint) const;
@@ -103,6 +108,7 @@ private:
     QPointF m_offsetAtPress;
     bool m_dragged = false;
     QPoint m_mouse{-1, -1};
+    std::optional<QPoint> m_centreOn; // a raw position to show at 100 % once the frame is in
 };
 
 #endif // TFRAMEVIEW_H
