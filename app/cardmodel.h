@@ -65,6 +65,7 @@ public:
     // arrive in any order.
     void append(std::vector<std::pair<int, TCardEntry>> entries);
     const TCardEntry &entry(int row) const { return m_rows[std::size_t(row)].entry; }
+    int foundAt(int row) const { return m_rows[std::size_t(row)].order; } // in the folder's order
     int rowOfPath(const QString &path) const { return m_rowOfPath.value(path, -1); }
     // The text a cell shows; every text of the table comes from here.
     QString text(int row, int column) const;

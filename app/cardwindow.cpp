@@ -9,6 +9,7 @@
 #include "documents/tcontactsheet.h"
 #include "marker.h"
 #include "safeprint.h"
+#include "sensorcheckwindow.h"
 #include "settingskeys.h"
 #include "tframeview.h"
 #include "tstatisticspane.h"
@@ -137,6 +138,7 @@ TCardWindow::TCardWindow(QWidget *parent)
 
     ui->progressBar->hide();
     ui->btnStop->hide();
+    updateSensorAction();
     showConditions();
     updateLenses();
     readSettings();
@@ -156,7 +158,10 @@ void TCardWindow::openFolder(const QString &folder)
     statusBar()->clearMessage();
     m_filter->clearConditions(); // those of the card before
     ui->cbRating->setCurrentIndex(0);
+    if (m_sensorCheck)
+        m_sensorCheck->close(); // the check of the card before
     m_loader->start(m_folder);
+    updateSensorAction();
     emit folderOpened(m_folder);
 }
 
@@ -187,6 +192,8 @@ void TCardWindow::saveSettings() const
 void TCardWindow::closeEvent(QCloseEvent *event)
 {
     m_loader->stop();
+    if (m_sensorCheck)
+        m_sensorCheck->close();
     saveSettings();
     event->accept();
 }
@@ -351,6 +358,44 @@ void TCardWindow::on_actionSave_Contact_Sheet_triggered()
     failure = writeContactSheetPdf(*sheet, path);
     if (!failure.isEmpty())
         warnNotWritten(this, tr("Save Contact Sheet"), failure);
+}
+
+// --- sensor check ---
+
+void TCardWindow::updateSensorAction()
+{
+    bool accepted = false;
+    for (int row = 0; row < m_model->rowCount() && !accepted; ++row)
+        accepted = m_model->entry(row).accepted();
+    ui->actionCheck_Sensor->setEnabled(accepted && !m_loader->isLoading());
+}
+
+// The check of this card's accepted frames, in a window of its own; asked
+// for again, a check of this card running or done comes forward as it is.
+void TCardWindow::on_actionCheck_Sensor_triggered()
+{
+    if (!m_sensorCheck) {
+        m_sensorCheck = new TSensorCheckWindow(this);
+        m_sensorCheck->setWindowFlag(Qt::Window);
+        connect(m_sensorCheck, &TSensorCheckWindow::frameRequested, this,
+                &TCardWindow::frameAtRequested);
+    }
+    if (!m_sensorCheck->showsCheckOf(m_folder)) {
+        QList<int> rows; // the accepted files in the folder's order
+        for (int row = 0; row < m_model->rowCount(); ++row) {
+            if (m_model->entry(row).accepted())
+                rows.append(row);
+        }
+        std::sort(rows.begin(), rows.end(),
+                  [this](int a, int b) { return m_model->foundAt(a) < m_model->foundAt(b); });
+        QList<TCardEntry> frames;
+        for (const int row : std::as_const(rows))
+            frames.append(m_model->entry(row));
+        m_sensorCheck->start(m_folder, frames, cardFiles());
+    }
+    m_sensorCheck->show();
+    m_sensorCheck->raise();
+    m_sensorCheck->activateWindow();
 }
 
 // --- statistics ---
@@ -656,12 +701,14 @@ void TCardWindow::onProgress(int done, int total)
     ui->progressBar->setValue(done);
     ui->progressBar->show();
     ui->btnStop->show();
+    updateSensorAction();
 }
 
 void TCardWindow::onFinished()
 {
     ui->progressBar->hide();
     ui->btnStop->hide();
+    updateSensorAction();
     updateShown();
     updateStatistics(); // once more, with every row
 }

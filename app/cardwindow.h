@@ -6,6 +6,7 @@
 // File ▸ Export CSV... writes the shown rows as tolvik-info --csv --exact does.
 
 #include <QMainWindow>
+#include <QPoint>
 #include <QString>
 
 #include <optional>
@@ -18,6 +19,7 @@ class TCardLoader;
 class TCardModel;
 class TContactSheet;
 class TFrameView;
+class TSensorCheckWindow;
 enum class TCategory;
 struct TMarkEdit;
 
@@ -61,6 +63,8 @@ signals:
     void fileChosen(const QString &path);     // a row of an accepted file became current
     void fileActivated(const QString &path);  // Enter or a double click on it
     void folderOpened(const QString &folder); // for Open Recent
+    // A place on the sensor asked for in a frame at 100 % (the sensor check).
+    void frameAtRequested(const QString &path, QPoint rawPosition);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -70,6 +74,7 @@ private slots:
     void on_actionExport_CSV_triggered();
     void on_actionPrint_Contact_Sheet_triggered();
     void on_actionSave_Contact_Sheet_triggered();
+    void on_actionCheck_Sensor_triggered();
     void on_btnClearCategory_clicked();
     void on_actionClose_triggered();
     void on_leFilter_textChanged(const QString &text);
@@ -91,6 +96,7 @@ private:
     void onFinished();
     void updateLenses();
     void updateShown();
+    void updateSensorAction();
     void statisticsChanged();
     void updateStatistics();
     void showConditions();
@@ -116,6 +122,7 @@ private:
     QString m_folder;
     TFrameView *m_framePane; // the selected row's developed frame
     QTimer *m_statisticsDue; // counts again at most every so often while rows change
+    TSensorCheckWindow *m_sensorCheck = nullptr; // made when first asked for
 };
 
 #endif // CARDWINDOW_H

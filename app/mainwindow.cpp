@@ -522,6 +522,9 @@ void MainWindow::openFolder(const QString &path)
         // Enter or a double click on a row: the frame itself.
         connect(cardWindow, &TCardWindow::fileActivated, this,
                 [this](const QString &path) { showFrameView(path); });
+        // A defect or spot of the sensor check, in a frame at 100 %.
+        connect(cardWindow, &TCardWindow::frameAtRequested, this,
+                [this](const QString &path, QPoint at) { showFrameView(path, at); });
         // From here or from the card window's own Open Folder.
         connect(cardWindow, &TCardWindow::folderOpened, this,
                 [this](const QString &folder) { recentFiles.add(folder); });
@@ -584,7 +587,7 @@ void MainWindow::on_actionFrame_triggered()
         showFrameView(currentFileName);
 }
 
-void MainWindow::showFrameView(const QString &path)
+void MainWindow::showFrameView(const QString &path, std::optional<QPoint> rawPosition)
 {
     if (!frameView) {
         frameView = new TFrameView(
@@ -599,7 +602,10 @@ void MainWindow::showFrameView(const QString &path)
                 cardWindow->selectPath(file);
         });
     }
-    frameView->showFrame(path);
+    if (rawPosition)
+        frameView->showFrameAt(path, *rawPosition);
+    else
+        frameView->showFrame(path);
     frameView->show();
     frameView->raise();
     frameView->activateWindow();

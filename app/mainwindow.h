@@ -15,6 +15,7 @@
 #include "exif/paneltexts.h"
 #include "recentfiles.h"
 
+#include <optional>
 #include <utility>
 
 class QCloseEvent;
@@ -131,7 +132,8 @@ private:
     // The file before (-1) or after (+1) path in the order stepping goes: the
     // card window's shown rows while it is open, else the folder's files.
     QString steppedFile(const QString &path, int direction) const;
-    void showFrameView(const QString &path);
+    // The frame view on path; at 100 % around a raw position when one is given.
+    void showFrameView(const QString &path, std::optional<QPoint> rawPosition = {});
 
     // RGB distribution, summed over every file opened so far; the exact view
     // draws the shown file's alone.

@@ -30,6 +30,7 @@ inline constexpr QLatin1String kCardSplitter("CardWindow/splitter");
 inline constexpr QLatin1String kSidecarName("Marks/sidecarName");
 inline constexpr QLatin1String kRejectsTo("Marks/rejectsTo");
 inline constexpr QLatin1String kStepAfterMarking("Marks/stepAfterMarking");
+inline constexpr QLatin1String kSensorGeometry("SensorCheckWindow/geometry");
 
 } // namespace settingskeys
 
