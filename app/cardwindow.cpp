@@ -5,7 +5,6 @@
 #include "card/safewrite.h"
 #include "cardloader.h"
 #include "cardmodel.h"
-#include "documents/pageframe.h"
 #include "documents/tcontactsheet.h"
 #include "marker.h"
 #include "safeprint.h"
@@ -24,7 +23,6 @@
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPointer>
-#include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QProgressDialog>
 #include <QSaveFile>
@@ -327,37 +325,19 @@ void TCardWindow::on_actionPrint_Contact_Sheet_triggered()
     const std::optional<TContactSheet> sheet = preparedSheet();
     if (!sheet)
         return;
-    QPrinter printer;
-    setReportMargins(&printer);
-    printer.setDocName(sheet->headerText());
-    QPrintPreviewDialog preview(&printer, this);
-    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview, [&](QPrinter *target) {
-        printSafely(&preview, target, cardFiles(),
-                    [&sheet](QPrinter *p) { return sheet->print(p) > 0; });
-    });
-    preview.exec();
+    printPreview(this, sheet->headerText(), cardFiles(),
+                 [&sheet](QPrinter *p) { return sheet->print(p) > 0; });
 }
 
 void TCardWindow::on_actionSave_Contact_Sheet_triggered()
 {
-    const QString name = QFileInfo(m_folder).fileName();
-    const QString proposal = QDir(m_folder).filePath(
-        (name.isEmpty() ? QStringLiteral("card") : name) + QStringLiteral("-contact-sheet.pdf"));
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save Contact Sheet as PDF"),
-                                                      proposal, tr("PDF files (*.pdf)"));
-    if (path.isEmpty())
-        return;
-    QString failure = outputRefusal(path, TOutputKind::Pdf, cardFiles());
-    if (!failure.isEmpty()) {
-        warnNotWritten(this, tr("Save Contact Sheet"), failure);
-        return;
-    }
-    const std::optional<TContactSheet> sheet = preparedSheet();
-    if (!sheet)
-        return;
-    failure = writeContactSheetPdf(*sheet, path);
-    if (!failure.isEmpty())
-        warnNotWritten(this, tr("Save Contact Sheet"), failure);
+    // The pictures and figures are made once the file is chosen and allowed;
+    // cancelled, nothing is written.
+    savePdfAs(this, tr("Save Contact Sheet as PDF"), m_folder, QStringLiteral("contact-sheet"),
+              cardFiles(), [this](const QString &path) {
+                  const std::optional<TContactSheet> sheet = preparedSheet();
+                  return sheet ? writeContactSheetPdf(*sheet, path) : QString();
+              });
 }
 
 // --- sensor check ---

@@ -1,12 +1,15 @@
 #include "safeprint.h"
 
 #include "card/safewrite.h"
+#include "documents/pageframe.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPaintEngine>
+#include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QTemporaryFile>
 
@@ -82,4 +85,35 @@ bool printSafely(QWidget *parent, QPrinter *printer, const QStringList &inputs,
     }
     warnNotWritten(parent, title, failure);
     return false;
+}
+
+void printPreview(QWidget *parent, const QString &docName, const QStringList &inputs,
+                  const std::function<bool(QPrinter *)> &paint)
+{
+    QPrinter printer;
+    setReportMargins(&printer);
+    printer.setDocName(docName);
+    printer.setCreator(reportCreator());
+    QPrintPreviewDialog preview(&printer, parent);
+    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, &preview,
+                     [&](QPrinter *target) { printSafely(&preview, target, inputs, paint); });
+    preview.exec();
+}
+
+void savePdfAs(QWidget *parent, const QString &title, const QString &folder, const QString &suffix,
+               const QStringList &inputs, const std::function<QString(const QString &path)> &write)
+{
+    const QString name = QFileInfo(folder).fileName();
+    const QString proposal =
+        QDir(folder).filePath((name.isEmpty() ? QStringLiteral("card") : name) + QLatin1Char('-') +
+                              suffix + QStringLiteral(".pdf"));
+    const QString path =
+        QFileDialog::getSaveFileName(parent, title, proposal, QObject::tr("PDF files (*.pdf)"));
+    if (path.isEmpty())
+        return;
+    QString failure = outputRefusal(path, TOutputKind::Pdf, inputs);
+    if (failure.isEmpty())
+        failure = write(path);
+    if (!failure.isEmpty())
+        warnNotWritten(parent, title, failure);
 }

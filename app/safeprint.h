@@ -20,6 +20,19 @@ class QWidget;
 bool printSafely(QWidget *parent, QPrinter *printer, const QStringList &inputs,
                  const std::function<bool(QPrinter *)> &paint);
 
+// The pages paint() makes in a print preview over parent, laid out with the
+// margins of every printed page and named docName; printed through
+// printSafely.
+void printPreview(QWidget *parent, const QString &docName, const QStringList &inputs,
+                  const std::function<bool(QPrinter *)> &paint);
+
+// Save as PDF...: asks where, proposing "<folder's name>-<suffix>.pdf" in
+// folder, refuses one of inputs, and writes the file through write(path),
+// which returns an empty text or why it failed; a refusal or failure is
+// reported in a message box titled title.
+void savePdfAs(QWidget *parent, const QString &title, const QString &folder, const QString &suffix,
+               const QStringList &inputs, const std::function<QString(const QString &path)> &write);
+
 // Reports a failed or refused output in a message box over parent.
 void warnNotWritten(QWidget *parent, const QString &title, const QString &failure);
 

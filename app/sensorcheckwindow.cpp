@@ -1,8 +1,6 @@
 #include "sensorcheckwindow.h"
 #include "ui_sensorcheckwindow.h"
 
-#include "card/safewrite.h"
-#include "documents/pageframe.h"
 #include "documents/sensormap.h"
 #include "safeprint.h"
 #include "settingskeys.h"
@@ -12,13 +10,11 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QPainter>
-#include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QSettings>
 #include <QSortFilterProxyModel>
@@ -338,30 +334,14 @@ void TSensorCheckWindow::on_actionCopy_triggered()
 void TSensorCheckWindow::on_actionPrint_triggered()
 {
     const TSensorMapDocument document(m_folder, m_result);
-    QPrinter printer;
-    setReportMargins(&printer);
-    printer.setDocName(document.title());
-    printer.setCreator(reportCreator());
-    QPrintPreviewDialog preview(&printer, this);
-    connect(&preview, &QPrintPreviewDialog::paintRequested, &preview, [&](QPrinter *target) {
-        printSafely(&preview, target, m_cardFiles,
-                    [&document](QPrinter *p) { return document.print(p) > 0; });
-    });
-    preview.exec();
+    printPreview(this, document.title(), m_cardFiles,
+                 [&document](QPrinter *p) { return document.print(p) > 0; });
 }
 
 void TSensorCheckWindow::on_actionSave_PDF_triggered()
 {
-    const QString name = QFileInfo(m_folder).fileName();
-    const QString proposal = QDir(m_folder).filePath(
-        (name.isEmpty() ? QStringLiteral("card") : name) + QStringLiteral("-sensor-check.pdf"));
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save Sensor Check as PDF"),
-                                                      proposal, tr("PDF files (*.pdf)"));
-    if (path.isEmpty())
-        return;
-    QString failure = outputRefusal(path, TOutputKind::Pdf, m_cardFiles);
-    if (failure.isEmpty())
-        failure = writeSensorMapPdf(TSensorMapDocument(m_folder, m_result), path);
-    if (!failure.isEmpty())
-        warnNotWritten(this, tr("Save Sensor Check"), failure);
+    savePdfAs(this, tr("Save Sensor Check as PDF"), m_folder, QStringLiteral("sensor-check"),
+              m_cardFiles, [this](const QString &path) {
+                  return writeSensorMapPdf(TSensorMapDocument(m_folder, m_result), path);
+              });
 }
