@@ -150,7 +150,7 @@ void TSensorCheckWindow::start(const QString &folder, const QList<TCardEntry> &f
     m_folder = folder;
     m_frames = frames;
     m_cardFiles = cardFiles;
-    m_used.clear();
+    m_checked.clear();
     m_result = {};
     m_model->setMarks({}, 0);
     setWindowTitle(TSensorMapDocument::titleOf(folder));
@@ -233,9 +233,10 @@ void TSensorCheckWindow::finished(const raw::TSensorCheckResult &result, const Q
     m_run.reset();
     m_result = result;
     // In the card's order, so that the first frame is the card's first.
+    const QSet<QString> usedPaths(used.cbegin(), used.cend());
     for (const TCardEntry &frame : std::as_const(m_frames)) {
-        if (used.contains(frame.path))
-            m_used.append(frame.path);
+        if (usedPaths.contains(frame.path))
+            m_checked.append(frame);
     }
     QStringList summary{raw::checkedText(result)};
     if (const QString skipped = raw::skippedText(result); !skipped.isEmpty())
@@ -282,20 +283,15 @@ int TSensorCheckWindow::markOfRow(const QModelIndex &index) const
 
 QString TSensorCheckWindow::frameFor(const raw::TSensorMark &mark) const
 {
-    if (m_used.isEmpty())
+    if (m_checked.isEmpty())
         return {};
-    if (!mark.isSpot())
-        return m_used.first();
     // A spot shows sharpest at a small aperture: the largest f-number known.
-    QString best = m_used.first();
-    double largest = 0;
-    for (const TCardEntry &frame : std::as_const(m_frames)) {
-        if (frame.frame.numbers.aperture > largest && m_used.contains(frame.path)) {
-            largest = frame.frame.numbers.aperture;
-            best = frame.path;
-        }
+    const TCardEntry *best = &m_checked.first();
+    for (const TCardEntry &frame : m_checked) {
+        if (mark.isSpot() && frame.frame.numbers.aperture > best->frame.numbers.aperture)
+            best = &frame;
     }
-    return best;
+    return best->path;
 }
 
 void TSensorCheckWindow::requestFrame(int mark)

@@ -75,7 +75,7 @@ private:
     QString m_folder;
     QList<TCardEntry> m_frames;
     QStringList m_cardFiles;
-    QStringList m_used; // the frames the check used, in the card's order
+    QList<TCardEntry> m_checked; // the frames the check used, in the card's order
     raw::TSensorCheckResult m_result;
     std::unique_ptr<TRun> m_run; // the check running, if one is
 };
