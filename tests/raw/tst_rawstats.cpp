@@ -1,8 +1,10 @@
 // The exposure figures against the same figures counted here plainly (every
 // value less its black, sorted), on test pictures whose clipping is known;
-// and tolvik-info --raw-stats's JSON and CSV against the library.
+// the raw histogram against the figures; and tolvik-info --raw-stats's JSON
+// and CSV against the library.
 
 #include "raw/decode.h"
+#include "raw/rawhistogram.h"
 #include "raw/rawstats.h"
 #include "tests/support/rawgen.h"
 
@@ -14,6 +16,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <numeric>
 
 using namespace fixture;
 
@@ -22,6 +25,7 @@ namespace {
 struct TExpected {
     QString name;
     qint64 pixels = 0, clipped = 0;
+    qint64 belowHalf = 0; // value - black below half of white - black
     double black = 0, p999 = 0;
     std::optional<double> headroom;
 };
@@ -40,6 +44,7 @@ QList<TExpected> expectedFigures(const RawGenerator &generator, const raw::TRawI
             aboveBlack[std::size_t(c)].push_back(image.at(x, y) - black);
             out[c].black += black;
             out[c].clipped += image.at(x, y) >= white ? 1 : 0;
+            out[c].belowHalf += image.at(x, y) - black < (white - black) / 2 ? 1 : 0;
         }
     }
     for (qsizetype c = 0; c < out.size(); ++c) {
@@ -78,6 +83,26 @@ void compare(const raw::TRawFigures &figures, const QList<TExpected> &expected,
                                     .arg(e.name)
                                     .arg(*f.headroomEv)
                                     .arg(*e.headroom)));
+    }
+}
+
+// Every pixel of a channel lies in one bin of each axis, the clipped ones in
+// the last, at white; half of white is -1 EV.
+void compareHistogram(const raw::TRawHistogram &histogram, const raw::TRawFigures &figures,
+                      const QList<TExpected> &expected)
+{
+    QCOMPARE(histogram.linear.size(), figures.channels.size());
+    const auto sum = [](const QList<quint32> &bins, qsizetype to) {
+        return std::accumulate(bins.begin(), bins.begin() + to, qint64(0));
+    };
+    for (qsizetype c = 0; c < figures.channels.size(); ++c) {
+        const QList<quint32> &linear = histogram.linear[c], &ev = histogram.ev[c];
+        QCOMPARE(sum(linear, linear.size()), figures.channels[c].pixels);
+        QCOMPARE(sum(ev, ev.size()), figures.channels[c].pixels);
+        QCOMPARE(qint64(linear.last()), figures.channels[c].clipped);
+        QCOMPARE(qint64(ev.last()), figures.channels[c].clipped);
+        QCOMPARE(sum(linear, raw::kLinearBins / 2), expected[c].belowHalf);
+        QCOMPARE(sum(ev, raw::kEvBins - raw::kBinsPerEv), expected[c].belowHalf);
     }
 }
 
@@ -150,7 +175,9 @@ void TstRawStats::figures()
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
     const QList<TExpected> expected =
         expectedFigures(generator, decoded.image, crop, options.monochrom);
-    compare(raw::rawFigures(decoded.image), expected, clipped);
+    const raw::TRawFigures figures = raw::rawFigures(decoded.image);
+    compare(figures, expected, clipped);
+    compareHistogram(raw::rawHistogram(decoded.image), figures, expected);
 
     // Counted while decoding the file, without the picture: the same.
     QTemporaryDir dir;
