@@ -31,6 +31,9 @@ inline constexpr QLatin1String kSidecarName("Marks/sidecarName");
 inline constexpr QLatin1String kRejectsTo("Marks/rejectsTo");
 inline constexpr QLatin1String kStepAfterMarking("Marks/stepAfterMarking");
 inline constexpr QLatin1String kSensorGeometry("SensorCheckWindow/geometry");
+// The frame view's raw histogram: shown, and on the EV axis.
+inline constexpr QLatin1String kFrameHistogram("FrameView/histogram");
+inline constexpr QLatin1String kFrameHistogramEv("FrameView/histogramEv");
 
 } // namespace settingskeys
 

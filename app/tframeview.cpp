@@ -3,6 +3,7 @@
 #include "raw/decode.h"
 #include "raw/develop.h"
 #include "raw/frameimage.h"
+#include "trawhistogrampanel.h"
 #include "workpool.h"
 
 #include <QFileInfo>
@@ -26,6 +27,9 @@ constexpr double kMostZoom = 16.0;
 // A press that moves less than this is a click (100 %), not a drag.
 constexpr int kClickSlop = 4;
 constexpr int kReadoutHeight = 22;
+// The overlays' colours: bold, and seldom in a photograph.
+constexpr QRgb kClippedColour = 0xffff00ff;   // magenta
+constexpr QRgb kNearBlackColour = 0xff00b4ff; // light blue
 
 QImage shownForm(const raw::TPicture &picture)
 {
@@ -62,6 +66,7 @@ TFrameView::TFrameView(TNeighbour neighbour, QWidget *parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(160, 120);
     m_guard->view = this;
+    m_panel = new TRawHistogramPanel(this);
 }
 
 TFrameView::~TFrameView()
@@ -83,6 +88,7 @@ void TFrameView::showFrame(const QString &path)
     if (m_fitted)
         fit();
     clampOffset();
+    showExposure();
     update();
 }
 
@@ -181,6 +187,10 @@ void TFrameView::develop(const QString &path)
             f.half = half;
             f.overview = overview;
         });
+        const auto exposure = std::make_shared<const TExposure>(exposureOf(*rawImage));
+        if (*cancel)
+            return;
+        post([exposure](TFrame &f) { f.exposure = exposure; });
         options.size = raw::TSize::Full;
         const QImage full = shownForm(raw::develop(*rawImage, options));
         if (!*cancel && !full.isNull())
@@ -202,6 +212,7 @@ void TFrameView::received(const QString &path, const std::shared_ptr<std::atomic
     centreWhenReady();
     if (m_fitted)
         fit();
+    showExposure();
     update();
     // Ahead once the shown frame is ready; its half-size picture alone does
     // not make it so, and asking for the neighbours lists their folder.
@@ -284,6 +295,7 @@ void TFrameView::paintEvent(QPaintEvent *)
                                 visible.height() / scale);
             painter.setRenderHint(QPainter::SmoothPixmapTransform, scale < 1.0);
             painter.drawImage(visible, image, source);
+            paintMarks(painter, image.size(), visible, source);
         }
     }
     const QRect bar = readoutBar();
@@ -458,6 +470,73 @@ void TFrameView::keyPressEvent(QKeyEvent *event)
         else
             close();
         break;
-    default: QWidget::keyPressEvent(event);
+    default:
+        if (!exposureKey(event->key()))
+            QWidget::keyPressEvent(event);
+    }
+}
+
+// Figured on the worker beside the development, once the half size is shown.
+TFrameView::TExposure TFrameView::exposureOf(const raw::TRawImage &raw)
+{
+    return {raw::rawFigures(raw), raw::rawHistogram(raw),
+            raw::exposureMarks(raw, raw::TSize::Half, kClippedColour, kNearBlackColour),
+            raw::exposureMarks(raw, raw::TSize::Full, kClippedColour, kNearBlackColour)};
+}
+
+// The panel shows the figures of the frame shown, blank until they are in.
+void TFrameView::showExposure()
+{
+    const TFrame *frame = current();
+    const TExposure *exposure = frame ? frame->exposure.get() : nullptr;
+    m_panel->setExposure(exposure ? exposure->histogram : raw::TRawHistogram(),
+                         exposure ? exposure->figures : raw::TRawFigures());
+}
+
+// H shows or hides the histogram, L switches its axis; O and U the overlays.
+bool TFrameView::exposureKey(int key)
+{
+    switch (key) {
+    case Qt::Key_H: m_panel->toggleWanted(); break;
+    case Qt::Key_L: m_panel->toggleAxis(); break;
+    case Qt::Key_O: m_marksClipped = !m_marksClipped; break;
+    case Qt::Key_U: m_marksNearBlack = !m_marksNearBlack; break;
+    default: return false;
+    }
+    update();
+    return true;
+}
+
+// The overlays over the part `source` of the picture drawn at `target`, from
+// the marks of its size (the half size's under the overview). Enlarged, a
+// mark is a block of screen pixels; made smaller, a screen pixel is marked
+// when any pixel under it is.
+void TFrameView::paintMarks(QPainter &painter, QSize shown, const QRectF &target,
+                            const QRectF &source) const
+{
+    const TFrame *frame = current();
+    const TExposure *exposure = frame ? frame->exposure.get() : nullptr;
+    if (!exposure || (!m_marksClipped && !m_marksNearBlack))
+        return;
+    const raw::TExposureMarks &marks =
+        exposure->full.clipped.size() == shown ? exposure->full : exposure->half;
+    if (marks.isNull())
+        return;
+    const double ratio = double(marks.clipped.width()) / shown.width(); // mask pixels per shown
+    const QRectF from(source.topLeft() * ratio, source.size() * ratio);
+    const double scale = target.width() / from.width(); // screen pixels per mask pixel
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    for (const QImage *mask : {m_marksClipped ? &marks.clipped : nullptr,
+                               m_marksNearBlack ? &marks.nearBlack : nullptr}) {
+        if (!mask) {
+            continue;
+        } else if (scale >= 1) {
+            painter.drawImage(target, *mask, from);
+        } else {
+            QPoint origin;
+            const QImage onScreen =
+                raw::marksOnScreen(*mask, from, scale, target.topLeft(), &origin);
+            painter.drawImage(origin, onScreen);
+        }
     }
 }

@@ -9,9 +9,18 @@
 // detail can be compared across a burst. The frames next to the shown one
 // are developed ahead. The readout under the mouse gives the developed
 // values and the raw values of the sensor's 2 x 2 cell.
+//
+// The exposure as the sensor recorded it: the raw histogram with each
+// channel's clipped share and headroom on a panel in a corner (H shows or
+// hides it, L or a click on it switches between a linear and an EV axis),
+// and overlays in a bold colour of the pixels clipped in any channel (O) and
+// of those within 1/2 EV of black (U).
 
+#include "raw/exposuremarks.h"
 #include "raw/picture.h"
+#include "raw/rawhistogram.h"
 #include "raw/rawimage.h"
+#include "raw/rawstats.h"
 
 #include <QHash>
 #include <QImage>
@@ -24,6 +33,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+
+class TRawHistogramPanel;
 
 class TFrameView : public QWidget {
     Q_OBJECT
@@ -51,6 +62,8 @@ public:
     QString readoutAt(QPoint widgetPoint) const;
     // The error of a frame that cannot be developed; empty otherwise.
     QString error() const;
+    // The panel of the raw histogram and the exposure figures.
+    TRawHistogramPanel *histogramPanel() const { return m_panel; }
 
 signals:
     // The user stepped to another frame.
@@ -67,12 +80,19 @@ protected:
     void leaveEvent(QEvent *event) override;
 
 private:
+    // What the sensor recorded of the exposure, figured beside the development.
+    struct TExposure {
+        raw::TRawFigures figures;
+        raw::TRawHistogram histogram;
+        raw::TExposureMarks half, full; // over the pictures of those sizes
+    };
     // One frame in the making or made.
     struct TFrame {
         std::shared_ptr<std::atomic<bool>> cancel = std::make_shared<std::atomic<bool>>(false);
         std::shared_ptr<const raw::TRawImage> raw; // for the readout
         QImage half, full;                         // upright sRGB
         QImage overview;                           // a small copy for fitted views
+        std::shared_ptr<const TExposure> exposure;
         QString error;
     };
 
@@ -89,6 +109,11 @@ private:
     void clampOffset();
     QPointF toPicture(QPointF widgetPoint) const;
     QRect readoutBar() const;
+    static TExposure exposureOf(const raw::TRawImage &raw);
+    void showExposure();
+    bool exposureKey(int key);
+    void paintMarks(QPainter &painter, QSize shown, const QRectF &target,
+                    const QRectF &source) const;
 
     // What the developments post through: they hold it, and the view
     // unhooks itself when it goes, so that nothing is posted to it then.
@@ -109,6 +134,8 @@ private:
     bool m_dragged = false;
     QPoint m_mouse{-1, -1};
     std::optional<QPoint> m_centreOn; // a raw position to show at 100 % once the frame is in
+    TRawHistogramPanel *m_panel = nullptr;
+    bool m_marksClipped = false, m_marksNearBlack = false; // O and U
 };
 
 #endif // TFRAMEVIEW_H
