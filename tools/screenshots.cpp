@@ -203,7 +203,9 @@ bool saveCard(const QString &folder, const QString &dir)
 } // namespace
 
 // The frame view on made-up full-size frames: fitted, at 100 % over the
-// charts, and a frame of a camera held upright.
+// charts, a frame of a camera held upright, and a frame a stop too bright
+// with its raw histogram and the overlays of the clipped and near-black
+// pixels.
 bool saveFrameViews(const QString &dir)
 {
     QTemporaryDir frames;
@@ -215,11 +217,18 @@ bool saveFrameViews(const QString &dir)
     const QString portrait = frames.filePath(QStringLiteral("L1000102.DNG"));
     if (!fixture::writeRawDng(portrait, options))
         return false;
+    options.orientation = 1;
+    options.frame = 3;
+    options.exposureStops = 1;
+    const QString bright = frames.filePath(QStringLiteral("L1000103.DNG"));
+    if (!fixture::writeRawDng(bright, options))
+        return false;
     options = {};
     if (!fixture::writeRawDng(landscape, options))
         return false;
+    const QStringList order{landscape, portrait, bright};
     TFrameView view([&](const QString &path, int direction) {
-        return path == landscape && direction > 0 ? portrait : QString();
+        return order.value(order.indexOf(path) + direction);
     });
     view.resize(1100, 760);
     view.show();
@@ -239,7 +248,21 @@ bool saveFrameViews(const QString &dir)
     QTest::keyClick(&view, Qt::Key_PageDown);
     if (!QTest::qWaitFor([&] { return view.showsFullSize(); }, 60000))
         return false;
-    return save(view, dir + QStringLiteral("frame-portrait.png"));
+    if (!save(view, dir + QStringLiteral("frame-portrait.png")))
+        return false;
+    QTest::keyClick(&view, Qt::Key_PageDown);
+    if (!QTest::qWaitFor([&] { return view.showsFullSize(); }, 60000))
+        return false;
+    QTest::keyClick(&view, Qt::Key_O);
+    QTest::keyClick(&view, Qt::Key_U);
+    if (!save(view, dir + QStringLiteral("frame-exposure.png")))
+        return false;
+    QTest::keyClick(&view, Qt::Key_L);
+    QTest::keyClick(&view, Qt::Key_Z);
+    if (!save(view, dir + QStringLiteral("frame-exposure-ev.png")))
+        return false;
+    QTest::keyClick(&view, Qt::Key_L); // the axis is kept in the settings
+    return true;
 }
 
 int main(int argc, char *argv[])
