@@ -471,7 +471,7 @@ void TFrameView::keyPressEvent(QKeyEvent *event)
             close();
         break;
     default:
-        if (!exposureKey(event->key()))
+        if (!exposureKey(event->key(), event->modifiers()))
             QWidget::keyPressEvent(event);
     }
 }
@@ -494,8 +494,10 @@ void TFrameView::showExposure()
 }
 
 // H shows or hides the histogram, L switches its axis; O and U the overlays.
-bool TFrameView::exposureKey(int key)
+bool TFrameView::exposureKey(int key, Qt::KeyboardModifiers modifiers)
 {
+    if (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return false;
     switch (key) {
     case Qt::Key_H: m_panel->toggleWanted(); break;
     case Qt::Key_L: m_panel->toggleAxis(); break;

@@ -111,7 +111,7 @@ private:
     QRect readoutBar() const;
     static TExposure exposureOf(const raw::TRawImage &raw);
     void showExposure();
-    bool exposureKey(int key);
+    bool exposureKey(int key, Qt::KeyboardModifiers modifiers);
     void paintMarks(QPainter &painter, QSize shown, const QRectF &target,
                     const QRectF &source) const;
 

@@ -86,6 +86,7 @@ void TRawHistogramPanel::setExposure(const raw::TRawHistogram &histogram,
 {
     m_histogram = histogram;
     m_figures = figures;
+    m_drawn = QImage();
     place();
     update();
 }
@@ -94,6 +95,7 @@ void TRawHistogramPanel::toggleAxis()
 {
     m_ev = !m_ev;
     QSettings().setValue(settingskeys::kFrameHistogramEv, m_ev);
+    m_drawn = QImage();
     update();
 }
 
@@ -129,9 +131,23 @@ QRect TRawHistogramPanel::plotRect() const
     return QRect(kMargin, kMargin + fontMetrics().height(), kPlotWidth, kPlotHeight);
 }
 
+// Drawn once for each histogram and axis: the view repaints under the mouse.
 void TRawHistogramPanel::paintEvent(QPaintEvent *)
 {
-    QPainter painter(this);
+    const qreal ratio = devicePixelRatioF();
+    if (m_drawn.size() != size() * ratio) {
+        m_drawn = QImage(size() * ratio, QImage::Format_ARGB32_Premultiplied);
+        m_drawn.setDevicePixelRatio(ratio);
+        m_drawn.fill(Qt::transparent);
+        QPainter painter(&m_drawn);
+        painter.setFont(font());
+        draw(painter);
+    }
+    QPainter(this).drawImage(0, 0, m_drawn);
+}
+
+void TRawHistogramPanel::draw(QPainter &painter) const
+{
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(0, 0, 0, 170));

@@ -12,6 +12,7 @@
 #include "raw/rawhistogram.h"
 #include "raw/rawstats.h"
 
+#include <QImage>
 #include <QWidget>
 
 class TRawHistogramPanel : public QWidget {
@@ -41,12 +42,14 @@ protected:
 private:
     void place();
     QRect plotRect() const;
+    void draw(QPainter &painter) const;
     void paintAxis(QPainter &painter, const QRect &plot) const;
 
     raw::TRawHistogram m_histogram;
     raw::TRawFigures m_figures;
     bool m_ev;
     bool m_wanted;
+    QImage m_drawn; // the panel as last drawn; null when it changed
 };
 
 #endif // TRAWHISTOGRAMPANEL_H
