@@ -9,9 +9,9 @@
 // through the development's geometry (crop, half size, orientation), so the
 // masks lie on the upright picture of that size.
 //   clipped     value at or above WhiteLevel (as rawFigures counts)
-//   near black  within 1/2 EV of black: value <= black * sqrt 2, and at
-//               least 1 (a black of 0 has no ratio), with the pixel's own
-//               black (blackAt)
+//   near black  within 1/2 EV of black: value <= max(black * sqrt 2, 1),
+//               with the pixel's own black (blackAt); the 1 stands for
+//               the ratio a black of 0 does not have
 
 #include "raw/picture.h"
 #include "raw/rawimage.h"
