@@ -1,8 +1,10 @@
 #include "tframeview.h"
 
+#include "marker.h"
 #include "raw/decode.h"
 #include "raw/develop.h"
 #include "raw/frameimage.h"
+#include "settingskeys.h"
 #include "trawhistogrampanel.h"
 #include "workpool.h"
 
@@ -10,6 +12,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QSettings>
 #include <QThreadPool>
 #include <QWheelEvent>
 
@@ -67,6 +70,13 @@ TFrameView::TFrameView(TNeighbour neighbour, QWidget *parent)
     setMinimumSize(160, 120);
     m_guard->view = this;
     m_panel = new TRawHistogramPanel(this);
+    connect(marker(), &TMarker::marked, this, [this](const QString &path, const TMark &mark) {
+        if (const auto frame = m_frames.value(path)) {
+            frame->mark = mark;
+            if (path == m_path)
+                update();
+        }
+    });
 }
 
 TFrameView::~TFrameView()
@@ -159,7 +169,9 @@ void TFrameView::develop(const QString &path)
             view, [view, path, cancel, apply] { view->received(path, cancel, apply); },
             Qt::QueuedConnection);
     };
-    workPool()->start([path, cancel, post] {
+    const TSidecarNaming naming = sidecarNaming();
+    workPool()->start([path, cancel, post, naming] {
+        post([mark = readMarks(path, naming).mark](TFrame &f) { f.mark = mark; });
         raw::TDecodeResult decoded = raw::decodeFile(path, cancel.get());
         if (*cancel)
             return;
@@ -297,6 +309,7 @@ void TFrameView::paintEvent(QPaintEvent *)
             painter.drawImage(visible, image, source);
             paintMarks(painter, image.size(), visible, source);
         }
+        paintMark(painter);
     }
     const QRect bar = readoutBar();
     painter.fillRect(bar, QColor(0, 0, 0, 170));
@@ -448,6 +461,8 @@ void TFrameView::step(int direction)
 
 void TFrameView::keyPressEvent(QKeyEvent *event)
 {
+    if (markKey(event->key(), event->modifiers()))
+        return;
     switch (event->key()) {
     case Qt::Key_Z: {
         const QPoint at = rect().contains(m_mouse) ? m_mouse : rect().center();
@@ -541,4 +556,65 @@ void TFrameView::paintMarks(QPainter &painter, QSize shown, const QRectF &target
             painter.drawImage(origin, onScreen);
         }
     }
+}
+
+bool TFrameView::markKey(int key, Qt::KeyboardModifiers modifiers)
+{
+    if (key == Qt::Key_Z && modifiers == Qt::ControlModifier) {
+        marker()->undo();
+        return true;
+    }
+    const std::optional<TMarkEdit> edit = markEditOfKey(key, modifiers);
+    if (!edit || !current() || !current()->error.isEmpty())
+        return false;
+    marker()->mark({m_path}, *edit);
+    if (QSettings().value(settingskeys::kStepAfterMarking, false).toBool())
+        step(+1);
+    return true;
+}
+
+QString TFrameView::markShown() const
+{
+    const TFrame *frame = current();
+    if (!frame)
+        return {};
+    const TMarkTexts texts = markTexts(frame->mark, true);
+    return QStringList{texts.rating, texts.label}.join(QLatin1Char(' ')).trimmed();
+}
+
+// The frame's stars and label in the top left corner, where a photographer
+// culling looks for them.
+void TFrameView::paintMark(QPainter &painter) const
+{
+    const QString shown = markShown();
+    if (shown.isEmpty())
+        return;
+    const QFontMetrics metrics(font());
+    const QString label = current()->mark.label;
+    QColor dot;
+    for (const TColourLabelText &colour : kColourLabels) {
+        if (colour.code != TColourLabel::None && label == QLatin1String(colour.text))
+            dot = QColor(QRgb(colour.rgb));
+    }
+    constexpr int kMargin = 10;
+    constexpr int kPadding = 6;
+    const int dotSide = dot.isValid() ? metrics.height() - 4 : 0;
+    const QRect box(kMargin, kMargin,
+                    metrics.horizontalAdvance(shown) + 2 * kPadding + (dotSide ? dotSide + 4 : 0),
+                    metrics.height() + 2 * kPadding);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, 170));
+    painter.drawRoundedRect(box, 4, 4);
+    int x = box.left() + kPadding;
+    if (dotSide) {
+        painter.setBrush(dot);
+        painter.drawEllipse(QRect(x, box.center().y() - dotSide / 2, dotSide, dotSide));
+        x += dotSide + 4;
+    }
+    const bool rejected = current()->mark.hasRating && current()->mark.rating < 0;
+    painter.setPen(rejected ? QColor(0xff, 0x70, 0x70) : QColor(Qt::white));
+    painter.drawText(QRect(x, box.top(), box.right() - x, box.height()), Qt::AlignVCenter, shown);
+    painter.restore();
 }

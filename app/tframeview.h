@@ -16,6 +16,7 @@
 // and overlays in a bold colour of the pixels clipped in any channel (O) and
 // of those within 1/2 EV of black (U).
 
+#include "card/marks.h"
 #include "raw/exposuremarks.h"
 #include "raw/picture.h"
 #include "raw/rawhistogram.h"
@@ -64,6 +65,8 @@ public:
     QString error() const;
     // The panel of the raw histogram and the exposure figures.
     TRawHistogramPanel *histogramPanel() const { return m_panel; }
+    // The marks shown over the frame ("★★★☆☆ Red"); empty without any.
+    QString markShown() const;
 
 signals:
     // The user stepped to another frame.
@@ -93,6 +96,7 @@ private:
         QImage half, full;                         // upright sRGB
         QImage overview;                           // a small copy for fitted views
         std::shared_ptr<const TExposure> exposure;
+        TMark mark; // as its sidecar holds it
         QString error;
     };
 
@@ -112,6 +116,9 @@ private:
     static TExposure exposureOf(const raw::TRawImage &raw);
     void showExposure();
     bool exposureKey(int key, Qt::KeyboardModifiers modifiers);
+    // The culling keys mark the frame shown (0-5, X, 6-9; Ctrl+Z undoes).
+    bool markKey(int key, Qt::KeyboardModifiers modifiers);
+    void paintMark(QPainter &painter) const;
     void paintMarks(QPainter &painter, QSize shown, const QRectF &target,
                     const QRectF &source) const;
 

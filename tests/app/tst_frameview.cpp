@@ -5,8 +5,11 @@
 
 #include "apptest.h"
 #include "card/dngfiles.h"
+#include "card/marks.h"
+#include "marker.h"
 #include "raw/decode.h"
 #include "raw/picture.h"
+#include "settingskeys.h"
 #include "tests/support/rawgen.h"
 #include "tframeview.h"
 #include "trawhistogrampanel.h"
@@ -37,6 +40,7 @@ private slots:
     void frameThatCannotBeDeveloped();
     void exposureOverlays_data();
     void exposureOverlays();
+    void marking();
 
 private:
     QTemporaryDir m_settings;
@@ -250,6 +254,37 @@ void TestFrameView::exposureOverlays()
         clippedPixels += f.clipped;
     }
     QCOMPARE(clippedPixels, clipped ? block.width() * block.height() : 0);
+}
+
+// The culling keys mark the frame shown, its marks show over it, Ctrl+Z
+// takes them back, and with the preference the next frame follows.
+void TestFrameView::marking()
+{
+    const auto next = [this](const QString &, int direction) {
+        return direction > 0 ? m_files.filePath(QStringLiteral("L1000002.DNG")) : QString();
+    };
+    TFrameView view(next);
+    view.resize(400, 300);
+    view.show();
+    const QString first = m_files.filePath(QStringLiteral("L1000001.DNG"));
+    view.showFrame(first);
+    QTRY_VERIFY_WITH_TIMEOUT(view.showsFullSize(), 30000);
+    QCOMPARE(view.markShown(), QString());
+    for (const Qt::Key key : {Qt::Key_4, Qt::Key_7}) {
+        QTest::keyClick(&view, key);
+        QTRY_VERIFY(!marker()->isBusy());
+    }
+    QCOMPARE(view.markShown(), QStringLiteral("\u2605\u2605\u2605\u2605\u2606 Yellow"));
+    QCOMPARE(readMarks(first, TSidecarNaming::BaseName).mark, (TMark{4, true, "Yellow"}));
+    QTest::keyClick(&view, Qt::Key_Z, Qt::ControlModifier);
+    QTRY_COMPARE(view.markShown(), QStringLiteral("\u2605\u2605\u2605\u2605\u2606"));
+
+    QSettings().setValue(settingskeys::kStepAfterMarking, true);
+    QTest::keyClick(&view, Qt::Key_X);
+    QTRY_VERIFY(!marker()->isBusy());
+    QCOMPARE(view.path(), m_files.filePath(QStringLiteral("L1000002.DNG")));
+    QCOMPARE(readMarks(first, TSidecarNaming::BaseName).mark.rating, -1);
+    QSettings().remove(settingskeys::kStepAfterMarking);
 }
 
 QTEST_MAIN(TestFrameView)
