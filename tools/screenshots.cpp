@@ -226,6 +226,10 @@ bool saveFrameViews(const QString &dir)
     options = {};
     if (!fixture::writeRawDng(landscape, options))
         return false;
+    // Marked during a cull: its stars and label show in the corner.
+    if (writeMarks(landscape, {4, true, QStringLiteral("Green")}, TSidecarNaming::BaseName)
+            .outcome == TMarkOutcome::Failed)
+        return false;
     const QStringList order{landscape, portrait, bright};
     TFrameView view([&](const QString &path, int direction) {
         return order.value(order.indexOf(path) + direction);
