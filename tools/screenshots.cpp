@@ -12,6 +12,7 @@
 #include "documents/tcontactsheet.h"
 #include "documents/treport.h"
 #include "mainwindow.h"
+#include "sensorcheckwindow.h"
 #include "rawfile/tm9file.h"
 #include "tbarchart.h"
 #include "tests/support/rawgen.h"
@@ -103,6 +104,9 @@ bool writeCard(const QString &dir)
         raw.frame = number % 7;
         raw.monochrom = f.monochrom;
         raw.sample = o;
+        // A hot pixel and a speck of dust on the sensor, in every frame.
+        raw.defects = {{fixture::PixelDefect::Hot, QPoint(401, 300), 4000}};
+        raw.spots = {{QPointF(900, 520), 22, -0.25, 0}};
         // Some frames exposed to the right and beyond, some held back.
         raw.exposureStops = (number % 4 - 1) * 0.8;
         const QString path = dir + QStringLiteral("/L100%1.DNG").arg(number++);
@@ -183,6 +187,16 @@ bool saveCard(const QString &folder, const QString &dir)
         1 << 20);
     QTest::qWait(300);
     if (!save(*card, dir + QStringLiteral("card-exposure.png")))
+        return false;
+
+    // The sensor check of the card, done.
+    card->findChild<QAction *>(QStringLiteral("actionCheck_Sensor"))->trigger();
+    auto *check = card->findChild<TSensorCheckWindow *>();
+    if (!check || !QTest::qWaitFor([check] { return !check->isRunning(); }, 60000))
+        return false;
+    check->resize(1000, 600);
+    QTest::qWait(200);
+    if (!save(*check, dir + QStringLiteral("sensor-check.png")))
         return false;
 
     // The charts in a dark theme's colours.
