@@ -136,23 +136,21 @@ QVariant labelDot(const QString &label)
 {
     constexpr int kDot = 12; // pixels
     static QHash<QString, QIcon> dots;
-    for (const TColourLabelText &colour : kColourLabels) {
-        if (colour.code == TColourLabel::None || label != QLatin1String(colour.text))
-            continue;
-        QIcon &dot = dots[label];
-        if (dot.isNull()) {
-            QPixmap pixmap(kDot, kDot);
-            pixmap.fill(Qt::transparent);
-            QPainter painter(&pixmap);
-            painter.setRenderHint(QPainter::Antialiasing);
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(QColor(QRgb(colour.rgb)));
-            painter.drawEllipse(QRectF(0.5, 0.5, kDot - 1, kDot - 1));
-            dot = QIcon(pixmap);
-        }
-        return dot;
+    const std::optional<unsigned> rgb = labelRgb(label);
+    if (!rgb)
+        return {};
+    QIcon &dot = dots[label];
+    if (dot.isNull()) {
+        QPixmap pixmap(kDot, kDot);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(QRgb(*rgb)));
+        painter.drawEllipse(QRectF(0.5, 0.5, kDot - 1, kDot - 1));
+        dot = QIcon(pixmap);
     }
-    return {};
+    return dot;
 }
 
 } // namespace

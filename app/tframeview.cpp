@@ -591,11 +591,8 @@ void TFrameView::paintMark(QPainter &painter) const
         return;
     const QFontMetrics metrics(font());
     const QString label = current()->mark.label;
-    QColor dot;
-    for (const TColourLabelText &colour : kColourLabels) {
-        if (colour.code != TColourLabel::None && label == QLatin1String(colour.text))
-            dot = QColor(QRgb(colour.rgb));
-    }
+    const std::optional<unsigned> rgb = labelRgb(label);
+    const QColor dot = rgb ? QColor(QRgb(*rgb)) : QColor();
     constexpr int kMargin = 10;
     constexpr int kPadding = 6;
     const int dotSide = dot.isValid() ? metrics.height() - 4 : 0;

@@ -115,6 +115,15 @@ QString lookup(TColourLabel label)
     return {};
 }
 
+std::optional<unsigned> labelRgb(const QString &label)
+{
+    for (const TColourLabelText &entry : kColourLabels) {
+        if (entry.code != TColourLabel::None && label == QLatin1String(entry.text))
+            return entry.rgb;
+    }
+    return std::nullopt;
+}
+
 TMarkTexts markTexts(const TMark &mark, bool asStars)
 {
     TMarkTexts texts{{}, mark.label};

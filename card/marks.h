@@ -17,6 +17,7 @@
 #include <QString>
 
 #include <atomic>
+#include <optional>
 
 struct TMark {
     int rating = 0; // when hasRating: -1 rejected, 0 unrated, 1..5 stars
@@ -48,6 +49,8 @@ inline constexpr TColourLabelText kColourLabels[] = {
     {TColourLabel::Purple, "Purple", 0x9046c4},
 };
 QString lookup(TColourLabel label);
+// The colour one of the five colour labels shows in; none for another text.
+std::optional<unsigned> labelRgb(const QString &label);
 
 // What a row shows of a mark: the rating as "★★★☆☆" (asStars) or "3",
 // "rejected", or empty when unrated; the label as stored.

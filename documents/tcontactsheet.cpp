@@ -86,10 +86,8 @@ struct TCellLines {
 // The colour of one of the five colour labels; none for another text.
 std::optional<QColor> labelColour(const QString &label)
 {
-    for (const TColourLabelText &colour : kColourLabels) {
-        if (colour.code != TColourLabel::None && label == QLatin1String(colour.text))
-            return QColor(QRgb(colour.rgb));
-    }
+    if (const std::optional<unsigned> rgb = labelRgb(label))
+        return QColor(QRgb(*rgb));
     return std::nullopt;
 }
 
