@@ -40,9 +40,20 @@ constexpr int kFlatRadius = 6;
 // The local spread (natural log) below which a scene counts as flat: the
 // light's own grain; flatter places do not weigh more.
 constexpr float kFlatFloor = 0.02f;
-// A frame's say about a block is capped (natural log): an edge in the scene
-// is no statement about the glass and must not outweigh other frames.
+// What the glass itself may add to every frame's spread around a block (the
+// variance of the natural log), up to the darkest dust's. How much a block's
+// average rests on counts each frame's flatness beyond the glass's own spread:
+// a strong spot is no scene detail, and must not have its average pulled
+// towards none as if every frame were busy there. The frames' weights are
+// summed for each of these until the average shows which holds where.
+constexpr std::array<float, 3> kGlassSpreads{0.005f, 0.025f, 0.125f};
+// A frame's say about a block is capped (natural log) for the search: an edge
+// in the scene is no statement about the glass and must not outweigh other
+// frames.
 constexpr float kRatioCap = 0.4f;
+// ... and for measuring the spots found, only at the darkest dust's (90 %):
+// a strong spot says more than the search's cap in every frame.
+constexpr float kWideRatioCap = 2.3f;
 // What a block's average is pulled towards none by, for the search: the
 // weight of this many frames of a perfectly flat scene. Where the scene was
 // busy in every frame the average says little, and must not make spots.
@@ -231,8 +242,16 @@ struct TSensorCheck::Impl {
     std::vector<uint8_t> contrast; // frames at black while its neighbours were not
 
     QMutex spotMutex; // the block planes
-    std::vector<float> ratioSum, weightSum;
-    double frameWeights = 0; // the sum of the frames' own weights
+    // Per block, the sums over the frames of the weight and of the weight
+    // times the ratio capped and capped wide.
+    std::vector<float> weightSum, ratioSum, wideSum;
+    // Per glass spread and block, the sum of the weights beyond that spread.
+    std::array<std::vector<float>, kGlassSpreads.size()> beyondGlass;
+    // The sums of the squared weight and of the weight times the squared wide
+    // ratio: how much the frames' average varies.
+    std::vector<float> weightSquares, wideSquares;
+    std::vector<float> leastSpread; // the flattest frame's spread at a block
+    double frameWeights = 0;        // the sum of the frames' own weights
     std::vector<uint16_t> validFrames;
 
     void frameSpots(const TRawImage &image, const TLevels &l, const std::vector<int> &marks,
@@ -263,8 +282,14 @@ TSensorCheck::TSensorCheck(const TRawInfo &reference) : d(std::make_unique<Impl>
     d->blocksW = (d->activeRight - d->activeLeft) / kBlock;
     d->blocksH = (d->activeBottom - d->activeTop) / kBlock;
     const std::size_t blocks = std::size_t(d->blocksW) * std::size_t(d->blocksH);
-    d->ratioSum.assign(blocks, 0);
     d->weightSum.assign(blocks, 0);
+    d->ratioSum.assign(blocks, 0);
+    d->wideSum.assign(blocks, 0);
+    for (std::vector<float> &sums : d->beyondGlass)
+        sums.assign(blocks, 0);
+    d->weightSquares.assign(blocks, 0);
+    d->wideSquares.assign(blocks, 0);
+    d->leastSpread.assign(blocks, HUGE_VALF);
     d->validFrames.assign(blocks, 0);
 }
 
@@ -395,26 +420,41 @@ void TSensorCheck::Impl::frameSpots(const TRawImage &image, const TLevels &l,
     boxSums(squares, flatL2, bw, bh, kFlatRadius, line);
     boxSums(valid, flatN, bw, bh, kFlatRadius, line);
     const float smoothFull = float((2 * kSmoothRadius + 1) * (2 * kSmoothRadius + 1));
-    std::vector<float> &ratio = squares; // reused
-    std::vector<float> &weights = flatL2;
+    std::vector<float> &ratio = squares, &wide = flatL, &spread = flatL2; // reused
     for (std::size_t k = 0; k < blocks; ++k) {
         const bool use = valid[k] > 0 && smoothN[k] >= kMinValidShare * smoothFull && flatN[k] >= 2;
         if (!use) {
-            ratio[k] = 0;
-            weights[k] = 0;
+            ratio[k] = wide[k] = 0;
+            spread[k] = -1; // no say
             continue;
         }
         const float mean = flatL[k] / flatN[k];
-        const float spread = std::max(0.f, flatL2[k] / flatN[k] - mean * mean);
-        ratio[k] = std::clamp(logMean[k] - smoothL[k] / smoothN[k], -kRatioCap, kRatioCap);
-        weights[k] = float(weight) / (spread + kFlatFloor * kFlatFloor);
+        spread[k] = std::max(0.f, flatL2[k] / flatN[k] - mean * mean);
+        const float difference = logMean[k] - smoothL[k] / smoothN[k];
+        ratio[k] = std::clamp(difference, -kRatioCap, kRatioCap);
+        wide[k] = std::clamp(difference, -kWideRatioCap, kWideRatioCap);
     }
+    const float floor2 = kFlatFloor * kFlatFloor, frameWeight = float(weight);
     QMutexLocker lock(&spotMutex);
     frameWeights += weight;
+    for (std::size_t g = 0; g < kGlassSpreads.size(); ++g) {
+        float *sums = beyondGlass[g].data();
+        const float glass = kGlassSpreads[g];
+        for (std::size_t k = 0; k < blocks; ++k)
+            sums[k] +=
+                spread[k] < 0 ? 0.f : frameWeight / (std::max(0.f, spread[k] - glass) + floor2);
+    }
     for (std::size_t k = 0; k < blocks; ++k) {
-        ratioSum[k] += weights[k] * ratio[k];
-        weightSum[k] += weights[k];
-        validFrames[k] = uint16_t(validFrames[k] + (weights[k] > 0));
+        if (spread[k] < 0)
+            continue;
+        const float w = frameWeight / (spread[k] + floor2);
+        weightSum[k] += w;
+        ratioSum[k] += w * ratio[k];
+        wideSum[k] += w * wide[k];
+        weightSquares[k] += w * w;
+        wideSquares[k] += w * wide[k] * wide[k];
+        leastSpread[k] = std::min(leastSpread[k], spread[k]);
+        ++validFrames[k];
     }
 }
 
@@ -425,16 +465,61 @@ std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frameCount) const
     if (bw < 3 || bh < 3)
         return {};
     // The frames' average: what the glass does to each block.
-    // m: the average; shrunk: pulled towards none where it rests on little.
+    // m: the average, capped wide, that spots are measured on; shrunk: the
+    // search's, of capped ratios, pulled towards none where it rests on little.
     std::vector<float> m(blocks), shrunk(blocks);
     std::vector<uint8_t> has(blocks);
     const double frames = std::max(1, frameCount);
     const float prior =
         float(kPriorFrames * frameWeights / frames / double(kFlatFloor * kFlatFloor));
-    for (std::size_t k = 0; k < blocks; ++k) {
-        has[k] = weightSum[k] > 0;
-        m[k] = has[k] ? ratioSum[k] / weightSum[k] : 0.f;
-        shrunk[k] = ratioSum[k] / (weightSum[k] + prior);
+    std::vector<float> hasPlane(blocks);
+    std::vector<double> line;
+    {
+        // The glass's own spread around each block: the spread of the average
+        // weighted as if there were none, less what that average varies by
+        // from the frames' disagreement, and no more than the flattest frame's.
+        std::vector<float> squares(blocks), noise(blocks), sumN, sumM, sumM2, sumNoise;
+        for (std::size_t k = 0; k < blocks; ++k) {
+            has[k] = weightSum[k] > 0;
+            hasPlane[k] = has[k];
+            if (!has[k]) {
+                m[k] = squares[k] = noise[k] = 0;
+                continue;
+            }
+            const float w = weightSum[k];
+            m[k] = wideSum[k] / w;
+            squares[k] = m[k] * m[k];
+            // A weighted average's variance from the frames' scatter about it:
+            // with q the sum of the squared weights over the squared sum (one
+            // over the frames that count), the scatter times q / (1 - q).
+            const float q = std::min(0.999f, weightSquares[k] / (w * w));
+            noise[k] = std::max(0.f, wideSquares[k] / w - squares[k]) * q / (1 - q);
+        }
+        boxSums(hasPlane, sumN, bw, bh, kFlatRadius, line);
+        boxSums(m, sumM, bw, bh, kFlatRadius, line);
+        boxSums(squares, sumM2, bw, bh, kFlatRadius, line);
+        boxSums(noise, sumNoise, bw, bh, kFlatRadius, line);
+        for (std::size_t k = 0; k < blocks; ++k) {
+            if (!has[k]) {
+                shrunk[k] = 0;
+                continue;
+            }
+            const float mean = sumM[k] / sumN[k];
+            const float glass = std::min(
+                leastSpread[k], std::max(0.f, (sumM2[k] - sumNoise[k]) / sumN[k] - mean * mean));
+            // The weight at that spread, between the levels kept around it
+            // (geometrically: a frame a little flatter than a level weighs as
+            // a flat one there).
+            float below = weightSum[k], above = below, t = 1;
+            for (std::size_t g = 0; g < kGlassSpreads.size() && t >= 1; ++g) {
+                const float from = g ? kGlassSpreads[g - 1] : 0.f;
+                below = above;
+                above = beyondGlass[g][k];
+                t = std::min(1.f, (glass - from) / (kGlassSpreads[g] - from));
+            }
+            const float rests = below * std::pow(above / below, t);
+            shrunk[k] = ratioSum[k] / weightSum[k] * rests / (rests + prior);
+        }
     }
     const std::size_t iw = std::size_t(bw) + 1;
     std::vector<double> im(iw * (std::size_t(bh) + 1)), in(im.size());
@@ -468,11 +553,7 @@ std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frameCount) const
         double radius, response, score;
     };
     std::vector<Candidate> candidates;
-    std::vector<float> response(blocks), magnitudes, squaredResponse(blocks), localSpread, counts,
-        hasPlane(blocks);
-    std::vector<double> line;
-    for (std::size_t k = 0; k < blocks; ++k)
-        hasPlane[k] = has[k];
+    std::vector<float> response(blocks), magnitudes, squaredResponse(blocks), localSpread, counts;
     boxSums(hasPlane, counts, bw, bh, kSpreadRadius, line);
     for (const double radius : kSearchRadii) {
         const double rb = radius / kBlock;
@@ -638,22 +719,29 @@ std::vector<TSensorSpot> TSensorCheck::Impl::findSpots(int frameCount) const
             }
             return best;
         };
-        bestRadius(kFitRadiusMin, kFitRadiusMax, 2);
-        Fit best;
-        double bx = cx, by = cy;
-        for (double dy = -1.5; dy <= 1.5; dy += 0.25) {
-            for (double dx = -1.5; dx <= 1.5; dx += 0.25) {
-                const Fit f = fit(c.bx + dx, c.by + dy, radius);
-                if (f.error < best.error) {
-                    best = f;
-                    bx = c.bx + dx;
-                    by = c.by + dy;
+        const auto bestCentre = [&](double reach, double step) {
+            const double x0 = cx, y0 = cy;
+            Fit best;
+            for (double dy = -reach; dy <= reach + 1e-9; dy += step) {
+                for (double dx = -reach; dx <= reach + 1e-9; dx += step) {
+                    const Fit f = fit(x0 + dx, y0 + dy, radius);
+                    if (f.error < best.error) {
+                        best = f;
+                        cx = x0 + dx;
+                        cy = y0 + dy;
+                    }
                 }
             }
-        }
-        cx = bx, cy = by;
-        best = bestRadius(std::max(kFitRadiusMin, radius - 3), std::min(kFitRadiusMax, radius + 3),
-                          0.5);
+        };
+        // The radius at the search's centre, the centre at that radius, and
+        // both again from there: the search's centre and size are coarse (on
+        // a strong spot's capped core its peak may lie anywhere).
+        bestRadius(kFitRadiusMin, kFitRadiusMax, 2);
+        bestCentre(1.5, 0.25);
+        bestRadius(kFitRadiusMin, kFitRadiusMax, 2);
+        bestCentre(0.5, 0.25);
+        const Fit best = bestRadius(std::max(kFitRadiusMin, radius - 3),
+                                    std::min(kFitRadiusMax, radius + 3), 0.5);
         // A fit at the end of its range is no spot of the sizes looked for.
         if (best.height * c.response <= 0 || std::abs(best.height) < kMinSpotLog ||
             radius <= kFitRadiusMin || radius >= kFitRadiusMax || !round(cx, cy, radius, best))

@@ -24,16 +24,20 @@
 // filter colour), black subtracted, as logarithms; each block's difference
 // from the frame's own smoothing (a 41-block box) is what the frame says about
 // the glass there. Frames are averaged block by block, weighted by how flat
-// the scene is around the block (scene detail is what hides a spot) and by
-// the frame's weight (the caller's: small apertures show spots sharpest), so
-// that the scene averages away and what stays is the glass. Blocks with a
-// clipped, black or outstanding pixel are left out of a frame. Blobs of
-// radius 8 to 40 pixels are found in the average as a centre brighter or
-// darker than a ring around it, at several sizes, measured against how much
-// that response varies around them; each is then fitted with the soft disc a
-// spot on the glass casts (a raised cosine) and a halo's ring, which gives
-// its centre, radius and contrast, and kept when it is round, strong enough
-// and not the echo of a stronger spot nearby.
+// the scene is around the block (scene detail is what hides a spot; what the
+// glass itself spreads there is not detail, or a strong spot would let the
+// busiest frames outweigh the flat ones on it) and by the frame's weight (the
+// caller's: small apertures show spots sharpest), so that the scene averages
+// away and what stays is the glass. Blocks with a clipped, black or
+// outstanding pixel are left out of a frame; a frame's say is capped for the
+// search (an edge in one frame must not outweigh the others), much less for
+// measuring the spots found (dust may darken by 90 %). Blobs of radius 8 to
+// 40 pixels are found in the average as a centre brighter or darker than a
+// ring around it, at several sizes, measured against how much that response
+// varies around them; each is then fitted with the soft disc a spot on the
+// glass casts (a raised cosine) and a halo's ring, which gives its centre,
+// radius and contrast, and kept when it is round, strong enough and not the
+// echo of a stronger spot nearby.
 //
 // Frames are fed one at a time (memory: 4 bytes a pixel, plus the block
 // planes); addFrame may be called from several threads at once.

@@ -111,6 +111,17 @@ void TstSensorCheck::faults_data()
     QTest::newRow("bright") << QList<PixelDefect>() << QList<Spot>{{QPointF(160, 110), 16, 0.25}}
                             << QStringLiteral("bright 160 110 16") << false
                             << RawStorage::Uncompressed16;
+    QTest::newRow("strong dust") << QList<PixelDefect>()
+                                 << QList<Spot>{{QPointF(140, 360), 20, -0.5}}
+                                 << QStringLiteral("dust 140 360 20") << false
+                                 << RawStorage::Uncompressed16;
+    QTest::newRow("black dust") << QList<PixelDefect>()
+                                << QList<Spot>{{QPointF(150, 120), 20, -0.8}}
+                                << QStringLiteral("dust 150 120 20") << false
+                                << RawStorage::Uncompressed16;
+    QTest::newRow("strong bright")
+        << QList<PixelDefect>() << QList<Spot>{{QPointF(140, 360), 25, 0.4}}
+        << QStringLiteral("bright 140 360 25") << false << RawStorage::Uncompressed16;
     QTest::newRow("bright with a halo")
         << QList<PixelDefect>() << QList<Spot>{{QPointF(160, 110), 22, 0.15, 0.05}}
         << QStringLiteral("bright 160 110 22") << false << RawStorage::Uncompressed16;
