@@ -8,6 +8,10 @@ namespace fixture {
 
 namespace {
 
+// The spots' contrasts: from the faintest the check must find to the
+// strongest dust (a particle's shadow at f/16) and corrosion spot.
+constexpr double kLeastContrast = 0.04, kDustContrast = 0.6, kBrightContrast = 0.4;
+
 bool clear(const SensorCard &card, QPointF at, double reach)
 {
     for (const Spot &s : card.spots) {
@@ -54,9 +58,15 @@ SensorCard makeSensorCard(int width, int height, int frames, const SensorCardCou
     for (int i = 0; i < counts.dust + counts.bright; ++i) {
         Spot spot;
         spot.radius = 8 + random.bounded(largest - 8);
-        const double contrast = 0.04 + random.bounded(0.16);
-        spot.contrast = i < counts.dust ? -contrast : contrast;
-        spot.halo = i >= counts.dust && i % 2 ? contrast / 3 : 0;
+        // Evenly spread in ratio over the spots of a kind, so that every card
+        // has faint and strong ones.
+        const bool dust = i < counts.dust;
+        const double stratum = (dust ? i : i - counts.dust) + random.generateDouble();
+        const double contrast =
+            kLeastContrast * std::pow((dust ? kDustContrast : kBrightContrast) / kLeastContrast,
+                                      stratum / (dust ? counts.dust : counts.bright));
+        spot.contrast = dust ? -contrast : contrast;
+        spot.halo = !dust && i % 2 ? contrast / 3 : 0;
         spot.at = place(spot.radius * (spot.halo > 0 ? 1.6 : 1));
         if (spot.at.x() >= 0)
             card.spots.append(spot);

@@ -27,7 +27,8 @@ struct SensorCard {
 
 // Faults placed at random (from the seed) inside the active area, apart from
 // each other; spots of radius 8 to 40 pixels (at most a tenth of the smaller
-// side) and contrast 4 to 20 %.
+// side) and contrast 4 to 60 % (dust) or 4 to 40 % (bright), evenly spread in
+// ratio over the spots of a kind.
 SensorCard makeSensorCard(int width, int height, int frames, const SensorCardCounts &counts,
                           quint32 seed);
 
