@@ -58,9 +58,6 @@ public:
     // Pictures asked for and not yet in the model.
     int picturesPending() const { return int(m_pictureQueue.size()) + m_picturesRunning; }
 
-    // Raw figures asked for and not yet in the model.
-    int figuresPending() const { return int(m_figuresQueue.size()) + m_figuresRunning; }
-
 signals:
     void progress(int done, int total); // total is -1 while the files are being found
     void finished(bool complete);       // false: stopped

@@ -181,8 +181,6 @@ void TMarker::startNext()
         }
         finished(written.batch, remember);
         startNext();
-        if (!isBusy())
-            emit idle();
     });
     watcher->setFuture(QtConcurrent::run(workPool(), [job, naming] {
         TWritten written;

@@ -74,7 +74,6 @@ signals:
     // or each file that kept its old marks and why.
     void problem(const QString &message);
     void undoChanged(bool canUndo);
-    void idle(); // every marking asked for is written
 
 private:
     struct TJob {
